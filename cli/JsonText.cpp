@@ -1,0 +1,115 @@
+#include "cli/JsonText.hpp"
+
+#include <cstdio>
+
+#include "cli/Utf8.hpp"
+
+namespace veldan::cli {
+
+namespace {
+
+void newline(std::string& out, int indent, int depth) {
+    if (indent < 0) return;
+    out += '\n';
+    out.append(static_cast<size_t>(indent * depth), ' ');
+}
+
+void write(std::string& out, const Json& value, int indent, int depth) {
+    switch (value.type()) {
+        case Json::value_t::string:
+            appendJsonString(out, value.get_ref<const std::string&>());
+            return;
+        case Json::value_t::array: {
+            if (value.empty()) {
+                out += "[]";
+                return;
+            }
+            out += '[';
+            bool first = true;
+            for (const auto& item : value) {
+                if (!first) out += ',';
+                first = false;
+                newline(out, indent, depth + 1);
+                write(out, item, indent, depth + 1);
+            }
+            newline(out, indent, depth);
+            out += ']';
+            return;
+        }
+        case Json::value_t::object: {
+            if (value.empty()) {
+                out += "{}";
+                return;
+            }
+            out += '{';
+            bool first = true;
+            for (const auto& [key, item] : value.items()) {
+                if (!first) out += ',';
+                first = false;
+                newline(out, indent, depth + 1);
+                appendJsonString(out, key);
+                out += indent >= 0 ? ": " : ":";
+                write(out, item, indent, depth + 1);
+            }
+            newline(out, indent, depth);
+            out += '}';
+            return;
+        }
+        default:
+            out += value.dump();  // numbers, booleans and null are plain ASCII
+            return;
+    }
+}
+
+}  // namespace
+
+void appendJsonString(std::string& out, std::string_view text) {
+    out += '"';
+    char escape[8];
+    for (size_t i = 0; i < text.size();) {
+        const auto byte = static_cast<unsigned char>(text[i]);
+        if (byte >= 0x80) {
+            const size_t length = validSequenceLength(text, i);
+            if (length == 0) {
+                std::snprintf(escape, sizeof escape, "\\udc%02x", byte);
+                out += escape;
+                ++i;
+            } else {
+                out.append(text.data() + i, length);
+                i += length;
+            }
+            continue;
+        }
+        switch (byte) {
+            case '"': out += "\\\""; break;
+            case '\\': out += "\\\\"; break;
+            case '\n': out += "\\n"; break;
+            case '\r': out += "\\r"; break;
+            case '\t': out += "\\t"; break;
+            case '\b': out += "\\b"; break;
+            case '\f': out += "\\f"; break;
+            default:
+                if (byte < 0x20) {
+                    std::snprintf(escape, sizeof escape, "\\u%04x", byte);
+                    out += escape;
+                } else {
+                    out += static_cast<char>(byte);
+                }
+        }
+        ++i;
+    }
+    out += '"';
+}
+
+void writeJson(std::ostream& out, const Json& value, int indent) {
+    const std::string text = jsonText(value, indent);
+    out.write(text.data(), static_cast<std::streamsize>(text.size()));
+}
+
+std::string jsonText(const Json& value, int indent) {
+    std::string out;
+    write(out, value, indent, 0);
+    return out;
+}
+
+}  // namespace veldan::cli

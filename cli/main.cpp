@@ -1,0 +1,40 @@
+// The `veldan` command: maps where space goes and helps reclaim it safely.
+
+#include <CLI/CLI.hpp>
+#include <cstdio>
+#include <iostream>
+#include <map>
+
+#include "cli/CommandRegistry.hpp"
+
+int main(int argc, char** argv) {
+    using namespace veldan::cli;
+    CLI::App app{"Veldan maps where space goes on a disk or in a folder and helps reclaim it safely.",
+                 "veldan"};
+    app.require_subcommand(1);
+    app.set_version_flag("--version", "veldan 0.1.0");
+    std::map<CLI::App*, CommandRunner> runners;
+    for (auto& entry : CommandRegistry::ordered()) {
+        CLI::App* before = app.get_subcommands({}).empty() ? nullptr : app.get_subcommands({}).back();
+        auto runner = entry.factory(app);
+        CLI::App* added = app.get_subcommands({}).back();
+        if (added != before) runners[added] = std::move(runner);
+    }
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::CallForHelp& e) {
+        return app.exit(e);
+    } catch (const CLI::CallForAllHelp& e) {
+        return app.exit(e);
+    } catch (const CLI::CallForVersion& e) {
+        return app.exit(e);
+    } catch (const CLI::ParseError& e) {
+        app.exit(e);
+        return exitUsage;
+    }
+    for (auto* sub : app.get_subcommands()) {
+        auto found = runners.find(sub);
+        if (found != runners.end()) return found->second();
+    }
+    return exitUsage;
+}

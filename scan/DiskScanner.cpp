@@ -1,0 +1,253 @@
+#include "scan/DiskScanner.hpp"
+
+#include <cstring>
+#include <exception>
+#include <thread>
+
+#include "platform/DirectoryReader.hpp"
+#include "platform/FileStatus.hpp"
+#include "platform/Paths.hpp"
+#include "platform/UniqueFd.hpp"
+#include "scan/ClonedFileSpace.hpp"
+#include "scan/EntryOrder.hpp"
+#include "scan/ParallelRootState.hpp"
+#include "scan/ScanContext.hpp"
+#include "scan/ScanIssueReason.hpp"
+#include "scan/SubtreeWalker.hpp"
+
+namespace veldan {
+
+struct DiskScanner::Walk {
+    DiskNode root;
+    int64_t folders = 0;
+    int64_t files = 0;
+    ScanIssueCollector::Totals issues;
+    std::vector<LargeFile> largestFiles;
+    std::map<std::string, int64_t> discovered;
+};
+
+namespace {
+
+CategoryFlags pathFlags(const std::string& path) {
+    CategoryFlags flags = 0;
+    for (auto component : platform::pathComponents(path)) flags |= categoryFlags(component);
+    return flags;
+}
+
+// Lists the root's entries with their status; failures become issues.
+std::vector<ScanEntry> listRoot(int fd, ScanContext& context) {
+    std::vector<ScanEntry> entries;
+    std::vector<char> buffer;
+    platform::DirectoryReader reader(fd, buffer);
+    platform::DirectoryEntryView entry;
+    while (reader.next(entry)) {
+        const std::string name(entry.name, entry.length);
+        const std::string path = platform::joinPath(context.rootPath(), name);
+        if (context.isStartupAlias(path)) continue;
+        int error = 0;
+        auto status = platform::statAt(fd, entry.name, false, error, platform::StatDetail::sizes);
+        if (!status) {
+            context.issues().record(path, ScanIssueReason::forErrno(error));
+            continue;
+        }
+        entries.push_back(ScanEntry{name, *status});
+    }
+    if (reader.error() != 0) {
+        context.issues().record(context.rootPath(), ScanIssueReason::forErrno(reader.error()));
+    }
+    return entries;
+}
+
+}  // namespace
+
+DiskScanner::DiskScanner(ScanSettings settings, ScanReuse* reuse)
+    : settings_(std::move(settings)), reuse_(reuse) {}
+
+std::optional<std::string> DiskScanner::rootProblem(const std::string& path) {
+    int error = 0;
+    auto status = platform::statPath(path, true, error);
+    if (!status) {
+        if (error == ENOENT || error == ENOTDIR) {
+            return "Nothing exists at " + path + "; choose a folder that exists.";
+        }
+        if (error == EACCES || error == EPERM) {
+            return "Veldan cannot reach " + path + " (access denied); choose a folder you can read.";
+        }
+        return "Veldan cannot read " + path + " (" + std::strerror(error) + "); choose another folder.";
+    }
+    if (!status->isDirectory()) return path + " is not a folder; choose a folder to scan.";
+    auto fd = platform::openDirectory(path, error);
+    if (!fd) {
+        if (error == EACCES || error == EPERM) {
+            return "Veldan cannot read " + path + " (access denied); choose a folder you can read.";
+        }
+        return "Veldan cannot open " + path + " (" + std::strerror(error) + "); choose another folder.";
+    }
+    return std::nullopt;
+}
+
+std::set<uint64_t> DiskScanner::allowedDevices(const std::string& path) const {
+    std::set<uint64_t> devices;
+    if (auto status = platform::statPath(platform::resolveSymlinks(path), false)) {
+        devices.insert(status->device);
+    }
+    if (platform::standardizePath(path) == "/") {
+        if (auto home = platform::statPath(platform::resolveSymlinks(settings_.home), false)) {
+            devices.insert(home->device);
+        }
+    }
+    return devices;
+}
+
+std::vector<ScanEntry> DiskScanner::prioritizedEntries(const std::string& folder,
+                                                       std::vector<ScanEntry> entries) const {
+    return EntryOrder::prioritized(folder, std::move(entries), settings_.home);
+}
+
+std::optional<int64_t> DiskScanner::allocatedBytes(const std::string& path,
+                                                   const platform::FileStatus& status) {
+    auto bytes = SubtreeWalker::allocatedBeforeSharing(status);
+    if (!bytes) return std::nullopt;
+    return ClonedFileSpace::diskShare(path, *bytes);
+}
+
+std::optional<DiskScanner::Walk> DiskScanner::walk(
+    const std::string& root, const ScanCancellation& cancellation, const ScanProgress& progress,
+    const ScanPartial& partial, const std::map<std::string, DiskNode>& reusable) const {
+    ScanContext context(root, settings_, allowedDevices(root), cancellation);
+    int error = 0;
+    platform::UniqueFd rootFd = platform::openDirectory(root, error);
+    std::vector<ScanEntry> entries;
+    if (!rootFd) {
+        context.issues().record(root, ScanIssueReason::forErrno(error));
+    } else {
+        if (auto status = platform::statDescriptor(rootFd.get(), error)) {
+            context.claimFolder({status->device, status->inode});
+        }
+        entries = prioritizedEntries(root, listRoot(rootFd.get(), context));
+    }
+
+    ParallelRootState state(root, entries.size(), progress, partial);
+    const CategoryFlags rootFlags = pathFlags(root);
+    auto work = [&] {
+        ParallelRootState::Reporter reporter(state);
+        SubtreeWalker walker(context, reporter);
+        while (auto index = state.takeNext()) {
+            if (cancellation.cancelled()) break;
+            const ScanEntry& entry = entries[*index];
+            const std::string path = platform::joinPath(root, entry.name);
+            ParallelChildResult result;
+            if (auto kept = reusable.find(path); kept != reusable.end()) {
+                result.node = kept->second;
+                result.bytes = kept->second.bytes;
+            } else {
+                reporter.setIndex(*index);
+                try {
+                    result = walker.measure(rootFd.get(), root, rootFlags, entry);
+                } catch (const std::exception&) {
+                    // Out of memory or a bug in one subtree: the rest of the map still counts.
+                    context.issues().record(path, ScanIssueReason::couldNotMeasure);
+                    result = {};
+                }
+            }
+            state.finish(*index, std::move(result));
+        }
+    };
+    const size_t workerCount = std::min(entries.size(), maximumWorkers);
+    std::vector<std::thread> workers;
+    for (size_t i = 1; i < workerCount; ++i) workers.emplace_back(work);
+    if (workerCount > 0) work();
+    for (auto& worker : workers) worker.join();
+    state.close();
+    if (cancellation.cancelled()) return std::nullopt;
+
+    Walk result;
+    result.root = state.root();
+    result.folders = state.totalFolders() + (rootFd ? 1 : 0);
+    result.files = state.totalFiles();
+    result.issues = context.issues().totals();
+    result.largestFiles = context.largestFiles().files();
+    result.discovered = context.discovered();
+    return result;
+}
+
+std::optional<ScanOutcome> DiskScanner::walkOutcome(
+    const std::string& root, const ScanCancellation& cancellation, const ScanProgress& progress,
+    const ScanPartial& partial, const std::map<std::string, DiskNode>& reusable,
+    const std::vector<LargeFile>& carriedLargestFiles) const {
+    const auto volume = VolumeSpace::read(root);
+    auto walked = walk(root, cancellation, progress, partial, reusable);
+    if (!walked) return std::nullopt;
+
+    ScanSnapshot snapshot;
+    snapshot.root = walked->root;
+    snapshot.volume = volume.value_or(VolumeSpace{});
+    snapshot.discoveredDirectories = std::move(walked->discovered);
+    snapshot.discoveredDirectories[root] = walked->root.bytes;
+    LargestFileCollector largest;
+    for (const auto& file : walked->largestFiles) largest.record(file.path, file.bytes);
+    for (const auto& file : carriedLargestFiles) largest.record(file.path, file.bytes);
+    snapshot.largestFiles = largest.files();
+    snapshot.visitedFolderCount = walked->folders;
+    snapshot.visitedFileCount = walked->files;
+    snapshot.unreadableItems = walked->issues.count;
+    snapshot.unreadablePaths = walked->issues.paths;
+    if (!walked->issues.reasons.empty()) snapshot.unreadableReasons = walked->issues.reasons;
+    snapshot.skippedPhotosLibraries = walked->issues.skippedPhotosLibraries;
+    snapshot.skippedMusicLibraries = walked->issues.skippedMusicLibraries;
+    snapshot.finishedAt = std::chrono::system_clock::now();
+    return ScanOutcome{std::move(walked->root), volume, std::move(snapshot)};
+}
+
+std::optional<ScanOutcome> DiskScanner::scan(const std::string& path,
+                                             const ScanCancellation& cancellation,
+                                             const ScanProgress& progress,
+                                             const ScanPartial& partial) const {
+    const std::string root = platform::absolutePath(path);
+    std::unique_ptr<ScanReuse::Lease> lease;
+    if (reuse_) {
+        auto prepared = reuse_->prepare(root);
+        if (prepared.reusable) {
+            const ScanSnapshot& snapshot = *prepared.reusable;
+            std::optional<VolumeSpace> volume;
+            if (snapshot.volume.total > 0) volume = snapshot.volume;
+            return ScanOutcome{snapshot.root, volume, snapshot};
+        }
+        lease = std::move(prepared.lease);
+    }
+    auto outcome = walkOutcome(root, cancellation, progress, partial, {}, {});
+    if (outcome && lease) lease->store(outcome->snapshot);
+    return outcome;
+}
+
+std::optional<SubtreeScan> DiskScanner::scanSubtree(const std::string& path,
+                                                    const ScanCancellation& cancellation,
+                                                    const ScanProgress& progress) const {
+    auto walked = walk(platform::absolutePath(path), cancellation, progress, {}, {});
+    if (!walked) return std::nullopt;
+    return SubtreeScan{std::move(walked->root), walked->folders, walked->files};
+}
+
+std::optional<ScanOutcome> DiskScanner::scanRemainder(
+    const DiskNode& partialRoot, const std::string& path, const ScanCancellation& cancellation,
+    const ScanProgress& progress, const std::vector<LargeFile>& earlierLargestFiles) const {
+    const std::string root = platform::absolutePath(path);
+    std::map<std::string, DiskNode> reusable;
+    if (partialRoot.path == root) {
+        for (const auto& child : partialRoot.children) {
+            if (!child.isPartial && !child.isSummary) reusable.emplace(child.path, child);
+        }
+    }
+    std::vector<LargeFile> carried;
+    for (const auto& file : earlierLargestFiles) {
+        for (const auto& [childPath, child] : reusable) {
+            if (platform::isSameOrUnder(file.path, childPath)) {
+                carried.push_back(file);
+                break;
+            }
+        }
+    }
+    return walkOutcome(root, cancellation, progress, {}, reusable, carried);
+}
+
+}  // namespace veldan

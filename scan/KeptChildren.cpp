@@ -1,0 +1,73 @@
+#include "scan/KeptChildren.hpp"
+
+#include <algorithm>
+#include <limits>
+#include <set>
+#include <utility>
+
+namespace veldan {
+
+namespace {
+
+int64_t saturatingAdd(int64_t a, int64_t b) {
+    int64_t sum = 0;
+    return __builtin_add_overflow(a, b, &sum) ? std::numeric_limits<int64_t>::max() : sum;
+}
+
+std::vector<DiskNode> ordered(std::vector<DiskNode> children, bool anythingHidden, int64_t hidden,
+                              std::string_view parentPath) {
+    if (anythingHidden) {
+        std::set<std::string> shown;
+        for (const auto& child : children) shown.insert(child.path);
+        children.push_back(DiskNode::summary(parentPath, hidden, std::move(shown)));
+    }
+    std::sort(children.begin(), children.end(),
+              [](const DiskNode& a, const DiskNode& b) { return DiskNode::ordersBefore(a, b); });
+    return children;
+}
+
+}  // namespace
+
+bool KeptChildren::wouldKeep(int64_t bytes, std::string_view name) const {
+    if (kept_.size() < DiskNode::maximumKeptChildren) return true;
+    const DiskNode& smallest = kept_[smallest_];
+    return bytes > smallest.bytes || (bytes == smallest.bytes && name < smallest.name);
+}
+
+void KeptChildren::keepLargest(DiskNode node) {
+    if (kept_.size() < DiskNode::maximumKeptChildren) {
+        kept_.push_back(std::move(node));
+        if (kept_.size() == DiskNode::maximumKeptChildren) findSmallest();
+        return;
+    }
+    DiskNode& smallest = kept_[smallest_];
+    if (DiskNode::ordersBefore(node, smallest)) {
+        hide(smallest.bytes);
+        smallest = std::move(node);
+        findSmallest();
+    } else {
+        hide(node.bytes);
+    }
+}
+
+void KeptChildren::hide(int64_t bytes) {
+    hidden_ = saturatingAdd(hidden_, bytes);
+    anythingHidden_ = true;
+}
+
+void KeptChildren::findSmallest() {
+    smallest_ = 0;
+    for (size_t i = 1; i < kept_.size(); ++i) {
+        if (DiskNode::ordersBefore(kept_[smallest_], kept_[i])) smallest_ = i;
+    }
+}
+
+std::vector<DiskNode> KeptChildren::finish(std::string_view parentPath) && {
+    return ordered(std::move(kept_), anythingHidden_, hidden_, parentPath);
+}
+
+std::vector<DiskNode> KeptChildren::copy(std::string_view parentPath) const {
+    return ordered(kept_, anythingHidden_, hidden_, parentPath);
+}
+
+}  // namespace veldan

@@ -1,0 +1,164 @@
+#include "scan/ParallelRootState.hpp"
+
+#include <limits>
+#include <numeric>
+
+#include "platform/Paths.hpp"
+#include "platform/Uptime.hpp"
+#include "scan/ScanProgressThrottle.hpp"
+
+namespace veldan {
+
+namespace {
+
+int64_t saturatingAdd(int64_t a, int64_t b) {
+    int64_t sum = 0;
+    return __builtin_add_overflow(a, b, &sum) ? std::numeric_limits<int64_t>::max() : sum;
+}
+
+int64_t saturatingSum(const std::vector<int64_t>& values) {
+    return std::accumulate(values.begin(), values.end(), int64_t{0}, saturatingAdd);
+}
+
+}  // namespace
+
+ParallelRootState::ParallelRootState(std::string rootPath, size_t childCount,
+                                     ScanProgress progress, ScanPartial partial)
+    : rootPath_(std::move(rootPath)),
+      category_(categoryFor(rootPath_)),
+      childCount_(childCount),
+      reportProgress_(std::move(progress)),
+      reportPartial_(std::move(partial)),
+      folderCounts_(childCount, 0),
+      fileCounts_(childCount, 0) {
+    if (reportPartial_) {
+        partialQueue_ = std::make_unique<platform::SerialQueue>("com.veldan.scan-partials");
+    }
+}
+
+ParallelRootState::~ParallelRootState() { close(); }
+
+std::optional<size_t> ParallelRootState::takeNext() {
+    std::lock_guard lock(mutex_);
+    if (nextIndex_ >= childCount_) return std::nullopt;
+    return nextIndex_++;
+}
+
+void ParallelRootState::finish(size_t index, ParallelChildResult result) {
+    std::lock_guard lock(mutex_);
+    finishedBytes_ = saturatingAdd(finishedBytes_, result.bytes);
+    if (result.node) finishedVisible_.keepLargest(std::move(*result.node));
+    folderCounts_[index] = result.folders;
+    fileCounts_[index] = result.files;
+    totalFolders_ = saturatingSum(folderCounts_);
+    totalFiles_ = saturatingSum(fileCounts_);
+    active_.erase(index);
+    schedulePartial();
+}
+
+void ParallelRootState::close() {
+    {
+        std::lock_guard lock(mutex_);
+        closed_ = true;
+    }
+    // A delivery already running finishes before close() returns; queued ones see
+    // `closed_` and do nothing, so the final result is never followed by a partial.
+    if (partialQueue_) partialQueue_->drain();
+}
+
+void ParallelRootState::setCounts(size_t index, int64_t folders, int64_t files,
+                                  const std::string& item) {
+    int64_t totalFolders = 0;
+    int64_t totalFiles = 0;
+    {
+        std::lock_guard lock(mutex_);
+        folderCounts_[index] = folders;
+        fileCounts_[index] = files;
+        totalFolders_ = saturatingSum(folderCounts_);
+        totalFiles_ = saturatingSum(fileCounts_);
+        const double now = platform::uptimeSeconds();
+        if (!reportProgress_ || now - lastProgress_ < ScanProgressThrottle::progressInterval) {
+            return;
+        }
+        lastProgress_ = now;
+        totalFolders = totalFolders_;
+        totalFiles = totalFiles_;
+    }
+    reportProgress_(item, totalFolders, totalFiles);
+}
+
+void ParallelRootState::updateActive(size_t index, DiskNode node) {
+    std::lock_guard lock(mutex_);
+    active_[index] = std::move(node);
+    schedulePartial();
+}
+
+void ParallelRootState::schedulePartial() {
+    if (!partialQueue_ || closed_) return;
+    if (platform::uptimeSeconds() - lastPartial_ < ScanProgressThrottle::partialInterval) return;
+    pendingPartial_ = true;
+    if (partialDeliveryQueued_) return;
+    partialDeliveryQueued_ = true;
+    partialQueue_->async([this] { deliverPartials(); });
+}
+
+void ParallelRootState::deliverPartials() {
+    DiskNode partial;
+    {
+        std::lock_guard lock(mutex_);
+        partialDeliveryQueued_ = false;
+        if (closed_ || !pendingPartial_) return;
+        pendingPartial_ = false;
+        lastPartial_ = platform::uptimeSeconds();
+        KeptChildren children = finishedVisible_;
+        int64_t bytes = finishedBytes_;
+        for (const auto& [index, node] : active_) {
+            bytes = saturatingAdd(bytes, node.bytes);
+            children.keepLargest(node);
+        }
+        partial = buildRoot(std::move(children), bytes, true);
+    }
+    reportPartial_(partial);
+}
+
+DiskNode ParallelRootState::buildRoot(KeptChildren children, int64_t bytes, bool partial) const {
+    DiskNode root;
+    root.path = rootPath_;
+    root.name = rootPath_ == "/" ? "/" : std::string(platform::lastPathComponent(rootPath_));
+    root.bytes = bytes;
+    root.category = category_;
+    root.children = std::move(children).finish(rootPath_);
+    root.isDirectory = true;
+    root.isPartial = partial;
+    return root;
+}
+
+DiskNode ParallelRootState::root() const {
+    std::lock_guard lock(mutex_);
+    return buildRoot(finishedVisible_, finishedBytes_, false);
+}
+
+int64_t ParallelRootState::totalFolders() const {
+    std::lock_guard lock(mutex_);
+    return totalFolders_;
+}
+
+int64_t ParallelRootState::totalFiles() const {
+    std::lock_guard lock(mutex_);
+    return totalFiles_;
+}
+
+bool ParallelRootState::Reporter::wantsPartials() const {
+    return static_cast<bool>(state_.reportPartial_);
+}
+
+void ParallelRootState::Reporter::counts(int64_t folders, int64_t files,
+                                         const std::string& currentItem) {
+    state_.setCounts(index_, folders, files, currentItem);
+}
+
+void ParallelRootState::Reporter::partial(DiskNode node) {
+    state_.updateActive(index_, std::move(node));
+}
+
+}  // namespace veldan

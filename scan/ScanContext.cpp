@@ -1,0 +1,69 @@
+#include "scan/ScanContext.hpp"
+
+#include "platform/Paths.hpp"
+
+namespace veldan {
+
+namespace {
+
+constexpr std::string_view startupAliases[] = {"/.nofollow", "/.resolve", "/System/Volumes",
+                                               "/Volumes"};
+
+constexpr std::string_view recommendationSuffixes[] = {
+    "/Library/pnpm/store", "/.local/share/pnpm/store", "/.npm/_cacache",
+    "/.cache/uv",          "/Library/Caches/ms-playwright",
+    "/go/pkg/mod",         "/.codex",
+    "/.claude",            "/Library/Containers/com.docker.docker",
+    "/.cache/huggingface", "/Library/Caches"};
+
+}  // namespace
+
+ScanContext::ScanContext(std::string rootPath, ScanSettings settings,
+                         std::set<uint64_t> allowedDevices, const ScanCancellation& cancellation)
+    : rootPath_(std::move(rootPath)),
+      settings_(std::move(settings)),
+      allowedDevices_(std::move(allowedDevices)),
+      cancellation_(cancellation) {
+    for (auto& path : recommendationPaths(settings_.home)) recommendationPaths_.insert(path);
+}
+
+std::vector<std::string> ScanContext::recommendationPaths(const std::string& home) {
+    std::vector<std::string> paths;
+    const std::string base = home == "/" ? std::string() : home;
+    for (auto suffix : recommendationSuffixes) paths.push_back(base + std::string(suffix));
+    return paths;
+}
+
+bool ScanContext::deviceAllowed(uint64_t device) const {
+    return allowedDevices_.count(device) != 0;
+}
+
+bool ScanContext::isStartupAlias(std::string_view path) const {
+    if (!isStartupDisk()) return false;
+    for (auto alias : startupAliases) {
+        if (path == alias) return true;
+    }
+    return false;
+}
+
+bool ScanContext::claimFolder(FolderIdentity identity) {
+    std::lock_guard lock(visitedMutex_);
+    return visited_.insert(identity).second;
+}
+
+void ScanContext::discover(std::string_view path, std::string_view name, int64_t bytes) {
+    bool tracked = false;
+    for (const char* trackedName : trackedDirectoryNames) {
+        if (name == trackedName) tracked = true;
+    }
+    if (!tracked && recommendationPaths_.find(path) == recommendationPaths_.end()) return;
+    std::lock_guard lock(discoveredMutex_);
+    discovered_[std::string(path)] = bytes;
+}
+
+std::map<std::string, int64_t> ScanContext::discovered() const {
+    std::lock_guard lock(discoveredMutex_);
+    return discovered_;
+}
+
+}  // namespace veldan

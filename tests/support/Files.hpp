@@ -1,0 +1,23 @@
+#pragma once
+// Small helpers that build real file trees for tests. Each throws on failure: a test
+// whose set-up failed must stop, not pass vacuously.
+
+#include <cstdint>
+#include <string>
+
+namespace veldan::test {
+
+void makeFolders(const std::string& path);  // mkdir -p
+void writeFile(const std::string& path, const std::string& contents);
+// A file of `bytes` bytes of a repeating pattern seeded by `seed`.
+void writeFileOfSize(const std::string& path, int64_t bytes, unsigned seed = 1);
+// A file with a logical size of `bytes` but no data blocks written.
+void writeSparseFile(const std::string& path, int64_t bytes);
+std::string readFile(const std::string& path);
+void makeSymlink(const std::string& target, const std::string& link);
+void makeHardLink(const std::string& existing, const std::string& link);
+bool exists(const std::string& path);  // lstat succeeds
+// st_blocks x 512 of the path, not following links.
+int64_t allocatedBytes(const std::string& path);
+
+}  // namespace veldan::test

@@ -1,0 +1,105 @@
+#include "tests/support/Process.hpp"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <cstring>
+#include <stdexcept>
+
+extern char** environ;
+
+namespace veldan::test {
+
+ProcessResult runProcess(const std::vector<std::string>& argv, const ProcessOptions& options) {
+    int outPipe[2], errPipe[2], inPipe[2];
+    if (::pipe2(outPipe, O_CLOEXEC) != 0 || ::pipe2(errPipe, O_CLOEXEC) != 0 ||
+        ::pipe2(inPipe, O_CLOEXEC) != 0) {
+        throw std::runtime_error("pipe failed");
+    }
+    std::vector<std::string> environment;
+    for (char** entry = environ; *entry; ++entry) {
+        const std::string text = *entry;
+        const std::string name = text.substr(0, text.find('='));
+        if (!options.environment.count(name)) environment.push_back(text);
+    }
+    for (const auto& [name, value] : options.environment) environment.push_back(name + "=" + value);
+    std::vector<char*> envp;
+    for (auto& text : environment) envp.push_back(text.data());
+    envp.push_back(nullptr);
+    std::vector<char*> args;
+    for (const auto& arg : argv) args.push_back(const_cast<char*>(arg.c_str()));
+    args.push_back(nullptr);
+
+    const pid_t pid = ::fork();
+    if (pid < 0) throw std::runtime_error("fork failed");
+    if (pid == 0) {
+        ::dup2(inPipe[0], 0);
+        ::dup2(outPipe[1], 1);
+        ::dup2(errPipe[1], 2);
+        ::setpgid(0, 0);
+        if (!options.workingFolder.empty() && ::chdir(options.workingFolder.c_str()) != 0) _exit(127);
+        ::execvpe(args[0], args.data(), envp.data());
+        _exit(127);
+    }
+    ::close(inPipe[0]);
+    ::close(outPipe[1]);
+    ::close(errPipe[1]);
+    if (options.input) {
+        const std::string& input = *options.input;
+        size_t written = 0;
+        while (written < input.size()) {
+            const ssize_t n = ::write(inPipe[1], input.data() + written, input.size() - written);
+            if (n <= 0) break;
+            written += static_cast<size_t>(n);
+        }
+    }
+    ::close(inPipe[1]);
+
+    ProcessResult result;
+    const auto deadline = std::chrono::steady_clock::now() +
+                          std::chrono::milliseconds(static_cast<long>(options.timeoutSeconds * 1000));
+    pollfd fds[2] = {{outPipe[0], POLLIN, 0}, {errPipe[0], POLLIN, 0}};
+    int open = 2;
+    bool killed = false;
+    while (open > 0) {
+        const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
+            deadline - std::chrono::steady_clock::now());
+        if (left.count() <= 0 && !killed) {
+            ::kill(-pid, SIGKILL);
+            killed = true;
+        }
+        if (::poll(fds, 2, killed ? 1000 : static_cast<int>(std::max<long>(left.count(), 1))) < 0) break;
+        for (int i = 0; i < 2; ++i) {
+            if (fds[i].fd < 0 || !(fds[i].revents & (POLLIN | POLLHUP | POLLERR))) continue;
+            char buffer[65536];
+            const ssize_t got = ::read(fds[i].fd, buffer, sizeof buffer);
+            if (got <= 0) {
+                ::close(fds[i].fd);
+                fds[i].fd = -1;
+                --open;
+            } else {
+                (i == 0 ? result.out : result.err).append(buffer, static_cast<size_t>(got));
+            }
+        }
+    }
+    int status = 0;
+    ::waitpid(pid, &status, 0);
+    if (WIFEXITED(status)) result.exitCode = WEXITSTATUS(status);
+    if (WIFSIGNALED(status)) result.signal = WTERMSIG(status);
+    return result;
+}
+
+std::string veldanBinary() { return VELDAN_BINARY; }
+
+std::vector<std::string> asNobody(std::vector<std::string> argv) {
+    std::vector<std::string> full = {"setpriv", "--reuid=nobody", "--regid=nogroup",
+                                     "--clear-groups", "--"};
+    full.insert(full.end(), argv.begin(), argv.end());
+    return full;
+}
+
+}  // namespace veldan::test
