@@ -1,8 +1,12 @@
 #pragma once
 // One scan run the way every front end runs it, so the command line and the desktop app
-// agree on what a scan does besides walking the disk.
+// agree on what a scan does besides walking the disk: it first asks the session cache for
+// an unchanged snapshot of the same folder, and a finished scan becomes the folder's saved
+// map (a stopped one marks the saved map outdated instead).
 //
-// Contract: synchronous on the caller's thread (the scanner adds its workers).
+// Contract: run() is synchronous on the caller's thread (the scanner adds its workers);
+// the saved map is written afterwards on the cache's queue, so a process must call
+// finishSaving() before it exits.
 
 #include <optional>
 #include <string>
@@ -16,14 +20,18 @@ namespace veldan {
 struct ScanJobOptions {
     ScanProgress progress;
     ScanPartial partial;
+    bool useSavedMaps = true;  // false: neither save the map nor mark the saved one outdated
 };
 
 class ScanJob {
-public:
+  public:
     // Scans `path`; nothing when cancelled.
     static std::optional<ScanOutcome> run(const std::string& path,
                                           const ScanCancellation& cancellation,
                                           const ScanJobOptions& options = {});
+
+    // Waits until every saved map queued so far is written.
+    static void finishSaving();
 };
 
 }  // namespace veldan

@@ -23,6 +23,7 @@ struct ScanOptions {
     std::string path = ".";
     int depth = 2;
     bool json = false;
+    bool noCache = false;
 };
 
 int runScan(const ScanOptions& options) {
@@ -35,6 +36,7 @@ int runScan(const ScanOptions& options) {
     InterruptScope interrupt(cancellation);
     ProgressLine progressLine;
     ScanJobOptions job;
+    job.useSavedMaps = !options.noCache;
     if (progressLine.active()) {
         job.progress = [&](const std::string& item, int64_t folders, int64_t files) {
             progressLine.show(ProgressLine::scanText(item, folders, files));
@@ -42,6 +44,10 @@ int runScan(const ScanOptions& options) {
     }
     auto outcome = ScanJob::run(root, cancellation, job);
     progressLine.clear();
+    // The saved map is written while the map prints, and must be whole before exiting.
+    struct FinishSaving {
+        ~FinishSaving() { ScanJob::finishSaving(); }
+    } finishSaving;
     if (!outcome) {
         std::cerr << "Scan stopped before it finished; nothing was saved.\n";
         return exitInterrupted;
@@ -63,16 +69,19 @@ int runScan(const ScanOptions& options) {
     return std::cout.good() ? exitSuccess : exitFailure;
 }
 
-const CommandRegistration registration{"scan", 10, [](CLI::App& app) -> CommandRunner {
-    auto options = std::make_shared<ScanOptions>();
-    auto* sub = app.add_subcommand("scan", "Measure a folder and print its map");
-    sub->add_option("path", options->path, "Folder to scan (default: the current folder)");
-    sub->add_option("--depth", options->depth, "Levels of the map to print")
-        ->check(CLI::Range(0, 64))
-        ->capture_default_str();
-    sub->add_flag("--json", options->json, "Print the scan as JSON for scripts");
-    return [options] { return runScan(*options); };
-}};
+const CommandRegistration registration{
+    "scan", 10, [](CLI::App& app) -> CommandRunner {
+        auto options = std::make_shared<ScanOptions>();
+        auto* sub = app.add_subcommand("scan", "Measure a folder and print its map");
+        sub->add_option("path", options->path, "Folder to scan (default: the current folder)");
+        sub->add_option("--depth", options->depth, "Levels of the map to print")
+            ->check(CLI::Range(0, 64))
+            ->capture_default_str();
+        sub->add_flag("--json", options->json, "Print the scan as JSON for scripts");
+        sub->add_flag("--no-cache", options->noCache,
+                      "Do not save this map for veldan show and veldan report --saved");
+        return [options] { return runScan(*options); };
+    }};
 
 }  // namespace
 

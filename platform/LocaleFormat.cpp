@@ -30,7 +30,10 @@ std::shared_ptr<const LocaleFormat::Locale> make(const QLocale& locale) {
     auto made = std::make_shared<LocaleFormat::Locale>();
     made->locale = locale;
     made->dateFormat = abbreviatedDateFormat(locale);
+    // Some locales' short time still shows seconds ("HH:mm:ss" in C); the short style is
+    // hours and minutes.
     made->timeFormat = locale.timeFormat(QLocale::ShortFormat);
+    made->timeFormat.remove(QRegularExpression(QStringLiteral("[:.]ss")));
     return made;
 }
 

@@ -31,6 +31,7 @@ TEST_F(LocalTime, WritesTheAbbreviatedDateAndShortTime) {
     EXPECT_EQ(LocaleFormat("en_US").abbreviatedDateTime(when), "Nov 21, 2026, 12:39 PM");
     EXPECT_EQ(LocaleFormat("en_GB").abbreviatedDateTime(when), "21 Nov 2026, 12:39");
     EXPECT_EQ(LocaleFormat("de_DE").abbreviatedDateTime(when), "21. Nov. 2026, 12:39");
+    EXPECT_EQ(LocaleFormat("C").abbreviatedDateTime(when), "21 Nov 2026, 12:39");
 }
 
 }  // namespace

@@ -1,0 +1,139 @@
+#include "cache/ScanCache.hpp"
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+#include "cache/RootIdentity.hpp"
+#include "cache/ScanArchive.hpp"
+#include "platform/FileContents.hpp"
+#include "platform/Paths.hpp"
+#include "platform/Preferences.hpp"
+#include "platform/Sha256.hpp"
+#include "platform/UniqueFd.hpp"
+#include "platform/UserFolders.hpp"
+
+namespace veldan {
+
+namespace {
+
+constexpr const char* cacheDirectoryTag =
+    "Signature: 8a477f597d28d172789f06886806bc55\n"
+    "# This file is a cache directory tag created by Veldan.\n"
+    "# For information about cache directory tags, see https://bford.info/cachedir/\n";
+
+// A temporary file older than this was left by a save that never finished (the process
+// was killed); a younger one may belong to a save under way in another process.
+constexpr auto abandonedAge = std::chrono::minutes(10);
+
+std::string standardizedScope(const std::string& scope) {
+    return platform::absolutePath(scope);
+}
+
+// Backup and indexing tools skip folders tagged this way; saved maps are regenerable.
+void tagCacheFolder(const std::string& folder) {
+    const std::string tag = platform::joinPath(folder, "CACHEDIR.TAG");
+    platform::UniqueFd fd(
+        ::open(tag.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0644));
+    if (!fd) return;
+    const std::string_view text(cacheDirectoryTag);
+    if (::write(fd.get(), text.data(), text.size()) != static_cast<ssize_t>(text.size())) {
+        ::unlink(tag.c_str());
+    }
+}
+
+void removeAbandonedTemporaries(const std::string& folder, const std::string& fileName) {
+    const std::string prefix = "." + fileName + ".";
+    DIR* dir = ::opendir(folder.c_str());
+    if (!dir) return;
+    const auto now = std::chrono::system_clock::now();
+    while (auto* entry = ::readdir(dir)) {
+        const std::string_view name(entry->d_name);
+        if (name.size() != prefix.size() + 6 || name.substr(0, prefix.size()) != prefix) continue;
+        struct stat status {};
+        if (::fstatat(::dirfd(dir), entry->d_name, &status, AT_SYMLINK_NOFOLLOW) != 0) continue;
+        if (!S_ISREG(status.st_mode)) continue;
+        const auto modified =
+            std::chrono::system_clock::time_point(std::chrono::seconds(status.st_mtim.tv_sec));
+        if (now - modified > abandonedAge) ::unlinkat(::dirfd(dir), entry->d_name, 0);
+    }
+    ::closedir(dir);
+}
+
+}  // namespace
+
+ScanCache::ScanCache(std::string folder) : folder_(std::move(folder)) {}
+
+ScanCache& ScanCache::shared() {
+    static ScanCache cache;
+    return cache;
+}
+
+std::string ScanCache::scopeDigest(const std::string& scope) {
+    return platform::lowercaseHex(platform::Sha256::of(standardizedScope(scope)));
+}
+
+std::string ScanCache::folder() const {
+    return folder_.empty() ? platform::joinPath(platform::cacheHome(), "Veldan/Scans") : folder_;
+}
+
+std::string ScanCache::fileFor(const std::string& scope) const {
+    return platform::joinPath(folder(), scopeDigest(scope) + ".plist");
+}
+
+void ScanCache::save(const ScanSnapshot& snapshot, const std::string& scope) {
+    queue_.async([this, snapshot, scope] { saveNow(snapshot, scope); });
+}
+
+void ScanCache::drain() {
+    queue_.drain();
+}
+
+ScanCache::SaveOutcome ScanCache::saveNow(const ScanSnapshot& snapshot,
+                                          const std::string& scope) const {
+    const std::string scopePath = standardizedScope(scope);
+    auto identity = RootIdentity::read(scopePath);
+    if (!identity) return SaveOutcome::folderMissing;
+    const std::string cacheFolder = folder();
+    if (platform::createFolders(cacheFolder, 0700) != 0) return SaveOutcome::cacheUnavailable;
+    tagCacheFolder(cacheFolder);
+
+    auto encoded = ScanArchive::encode(scopePath, *identity, snapshot, maximumFileBytes);
+    if (!encoded) return SaveOutcome::tooLarge;
+
+    const std::string file = fileFor(scopePath);
+    removeAbandonedTemporaries(cacheFolder, std::string(platform::lastPathComponent(file)));
+    if (platform::replaceFileAtomically(file, *encoded, 0600) != 0) return SaveOutcome::writeFailed;
+    return SaveOutcome::saved;
+}
+
+std::optional<ScanSnapshot> ScanCache::load(const std::string& scope) const {
+    const std::string scopePath = standardizedScope(scope);
+    auto contents = platform::readRegularFile(fileFor(scopePath), maximumFileBytes);
+    if (!contents) return std::nullopt;
+    auto archive = ScanArchive::decode(*contents);
+    if (!archive || archive->scopePath != scopePath) return std::nullopt;
+    // The folder must still be the one that was mapped, not another one under its name.
+    auto identity = RootIdentity::read(scopePath);
+    if (!identity || *identity != archive->rootIdentity) return std::nullopt;
+    return std::move(archive->snapshot);
+}
+
+void ScanCache::markStale(const std::string& scope,
+                          std::chrono::system_clock::time_point now) const {
+    // Preferences keep milliseconds; rounding up keeps the mark from moving before a
+    // snapshot that finished in the same millisecond.
+    const auto mark = std::chrono::ceil<std::chrono::milliseconds>(now);
+    platform::Preferences::setDate(staleKeyPrefix + scopeDigest(scope),
+                                   std::chrono::system_clock::time_point(mark));
+}
+
+bool ScanCache::needsRefresh(const ScanSnapshot& snapshot, const std::string& scope) const {
+    auto mark = platform::Preferences::date(staleKeyPrefix + scopeDigest(scope));
+    return mark && *mark >= snapshot.finishedAt;
+}
+
+}  // namespace veldan
