@@ -85,7 +85,10 @@ std::string ScanCache::fileFor(const std::string& scope) const {
 }
 
 void ScanCache::save(const ScanSnapshot& snapshot, const std::string& scope) {
-    queue_.async([this, snapshot, scope] { saveNow(snapshot, scope); });
+    // The file name is found here: hashing makes libcrypto keep state per thread, which it
+    // cannot free for a queue thread still parked when the process exits.
+    const std::string file = fileFor(scope);
+    queue_.async([this, snapshot, scope, file] { write(snapshot, scope, file); });
 }
 
 void ScanCache::drain() {
@@ -94,17 +97,21 @@ void ScanCache::drain() {
 
 ScanCache::SaveOutcome ScanCache::saveNow(const ScanSnapshot& snapshot,
                                           const std::string& scope) const {
+    return write(snapshot, scope, fileFor(scope));
+}
+
+ScanCache::SaveOutcome ScanCache::write(const ScanSnapshot& snapshot, const std::string& scope,
+                                        const std::string& file) const {
     const std::string scopePath = standardizedScope(scope);
     auto identity = RootIdentity::read(scopePath);
     if (!identity) return SaveOutcome::folderMissing;
-    const std::string cacheFolder = folder();
+    const std::string cacheFolder = platform::parentPath(file);
     if (platform::createFolders(cacheFolder, 0700) != 0) return SaveOutcome::cacheUnavailable;
     tagCacheFolder(cacheFolder);
 
     auto encoded = ScanArchive::encode(scopePath, *identity, snapshot, maximumFileBytes);
     if (!encoded) return SaveOutcome::tooLarge;
 
-    const std::string file = fileFor(scopePath);
     removeAbandonedTemporaries(cacheFolder, std::string(platform::lastPathComponent(file)));
     if (platform::replaceFileAtomically(file, *encoded, 0600) != 0) return SaveOutcome::writeFailed;
     return SaveOutcome::saved;
@@ -112,6 +119,8 @@ ScanCache::SaveOutcome ScanCache::saveNow(const ScanSnapshot& snapshot,
 
 std::optional<ScanSnapshot> ScanCache::load(const std::string& scope) const {
     const std::string scopePath = standardizedScope(scope);
+    // Read rather than mapped: a file cut short by another program while mapped would
+    // crash the reader instead of failing to decode.
     auto contents = platform::readRegularFile(fileFor(scopePath), maximumFileBytes);
     if (!contents) return std::nullopt;
     auto archive = ScanArchive::decode(*contents);

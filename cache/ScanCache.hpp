@@ -61,6 +61,9 @@ class ScanCache {
     bool needsRefresh(const ScanSnapshot& snapshot, const std::string& scope) const;
 
   private:
+    SaveOutcome write(const ScanSnapshot& snapshot, const std::string& scope,
+                      const std::string& file) const;
+
     std::string folder_;
     platform::SerialQueue queue_{"com.veldan.scan-cache"};
 };

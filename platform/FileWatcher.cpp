@@ -163,11 +163,16 @@ bool FileWatcher::isIgnored(const std::string& path) const {
                        [&](const std::string& folder) { return isSameOrUnder(path, folder); });
 }
 
+// The innermost root holding `path`: the startup disk's data volume is a root of its own
+// below "/".
 const FileWatcher::Root* FileWatcher::rootFor(const std::string& path) const {
+    const Root* found = nullptr;
     for (const auto& root : roots_) {
-        if (isSameOrUnder(path, root.path)) return &root;
+        if (isSameOrUnder(path, root.path) && (!found || root.path.size() > found->path.size())) {
+            found = &root;
+        }
     }
-    return nullptr;
+    return found;
 }
 
 void FileWatcher::watchTree(const std::string& top, uint64_t device) {

@@ -30,7 +30,7 @@ bool isUtf8(const std::string& text) {
 // QSettings' native format on Linux is this INI file; naming it explicitly (rather than by
 // organisation and application) makes it follow XDG_CONFIG_HOME on every call, where
 // QSettings would fix its search path once per process.
-std::unique_ptr<QSettings> open() {
+std::unique_ptr<QSettings> settingsFile() {
     return std::make_unique<QSettings>(QString::fromStdString(Preferences::filePath()),
                                        QSettings::IniFormat);
 }
@@ -51,7 +51,7 @@ std::optional<std::string> textFrom(const QVariant& value) {
 }
 
 std::optional<QVariant> read(const std::string& key) {
-    auto settings = open();
+    auto settings = settingsFile();
     const QVariant value = settings->value(keyText(key));
     if (!value.isValid()) return std::nullopt;
     return value;
@@ -60,7 +60,7 @@ std::optional<QVariant> read(const std::string& key) {
 bool write(const std::string& key, const QVariant& value) {
     // The folder is private, like every folder Veldan keeps its state in.
     if (createFolders(parentPath(Preferences::filePath()), 0700) != 0) return false;
-    auto settings = open();
+    auto settings = settingsFile();
     if (value.isValid()) {
         settings->setValue(keyText(key), value);
     } else {

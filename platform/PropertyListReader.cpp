@@ -11,9 +11,11 @@ namespace veldan::platform {
 namespace {
 
 constexpr int64_t referenceDateMicroseconds = 978'307'200LL * 1'000'000;
-// Seconds from 2001-01-01 back to 0001-01-01 and on to 9999-12-31.
-constexpr double earliestDateSeconds = -63'113'904'000.0;
-constexpr double latestDateSeconds = 252'423'993'599.0;
+// Dates are seconds since 2001 in a double, which holds whole microseconds exactly for
+// 2^53 microseconds (285 years) either side; the clock's nanoseconds reach 2262. Dates
+// from 1747 to 2254 fit both.
+constexpr double earliestDateSeconds = -8'000'000'000.0;
+constexpr double latestDateSeconds = 8'000'000'000.0;
 
 uint64_t readBigEndian(const char* at, unsigned bytes) {
     uint64_t value = 0;

@@ -87,7 +87,7 @@ class PropertyListReader {
     // ones only when they fit.
     std::optional<int64_t> integer(Object object) const;
     std::optional<double> real(Object object) const;
-    // Microsecond precision; nothing for dates outside the years 1 to 9999.
+    // Microsecond precision; nothing for dates before 1747 or after 2254.
     std::optional<std::chrono::system_clock::time_point> date(Object object) const;
     std::optional<std::string> data(Object object) const;
     std::optional<std::string> string(Object object) const;

@@ -1,7 +1,9 @@
 #include <gtest/gtest.h>
 #include <plist/plist.h>
 
+#include <bit>
 #include <chrono>
+#include <cmath>
 #include <cstdlib>
 #include <memory>
 #include <vector>
@@ -132,6 +134,26 @@ TEST(PropertyListReader, ReadsBackEveryKindOfValue) {
     EXPECT_FALSE(reader->string(root->value(2)));
     EXPECT_FALSE(reader->array(root->value(8)));
     EXPECT_EQ(reader->type(root->value(5)), Reader::Type::date);
+}
+
+TEST(PropertyListReader, RefusesDatesItCannotKeepToTheMicrosecond) {
+    Sample sample;
+    const auto at = sample.document.find('\x33');  // the only date marker in the sample
+    ASSERT_NE(at, std::string::npos);
+    const auto withSeconds = [&](double seconds) {
+        std::string document = sample.document;
+        const auto bits = std::bit_cast<uint64_t>(seconds);
+        for (int i = 0; i < 8; ++i)
+            document[at + 1 + i] = static_cast<char>(bits >> (56 - 8 * i));
+        auto reader = Reader::open(document);
+        return reader->date(reader->dictionary(reader->root())->value(5));
+    };
+    EXPECT_EQ(withSeconds(0.5), micros(978'307'200'500'000));
+    EXPECT_TRUE(withSeconds(7.9e9));  // the year 2251
+    EXPECT_FALSE(withSeconds(1e10));  // the year 2317
+    EXPECT_FALSE(withSeconds(-1e10));
+    EXPECT_FALSE(withSeconds(std::nan("")));
+    EXPECT_FALSE(withSeconds(HUGE_VAL));
 }
 
 TEST(PropertyListReader, ReadsWhatLibplistWrites) {
