@@ -11,9 +11,9 @@ namespace veldan::platform {
 namespace {
 
 constexpr int64_t referenceDateMicroseconds = 978'307'200LL * 1'000'000;
-// Dates are seconds since 2001 in a double, which holds whole microseconds exactly for
-// 2^53 microseconds (285 years) either side; the clock's nanoseconds reach 2262. Dates
-// from 1747 to 2254 fit both.
+// Dates are seconds since 2001 in a double, which resolves less than a microsecond up to
+// 2^33 seconds (272 years) either side; the clock's nanoseconds reach 2262. Dates from
+// 1747 to 2254 fit both.
 constexpr double earliestDateSeconds = -8'000'000'000.0;
 constexpr double latestDateSeconds = 8'000'000'000.0;
 
@@ -175,7 +175,11 @@ std::optional<std::chrono::system_clock::time_point> PropertyListReader::date(Ob
     if (!std::isfinite(seconds) || seconds < earliestDateSeconds || seconds > latestDateSeconds) {
         return std::nullopt;
     }
-    const int64_t micros = std::llround(seconds * 1e6) + referenceDateMicroseconds;
+    // Whole seconds and the fraction separately: both parts are exact, so the result is
+    // the microsecond nearest to the stored value, and writing it again stores the same.
+    const double whole = std::floor(seconds);
+    const int64_t micros = static_cast<int64_t>(whole) * 1'000'000 +
+                           std::llround((seconds - whole) * 1e6) + referenceDateMicroseconds;
     return std::chrono::system_clock::time_point(
         std::chrono::duration_cast<std::chrono::system_clock::duration>(
             std::chrono::microseconds(micros)));

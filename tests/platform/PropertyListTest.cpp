@@ -6,6 +6,7 @@
 #include <cmath>
 #include <cstdlib>
 #include <memory>
+#include <random>
 #include <vector>
 
 #include "platform/PropertyListReader.hpp"
@@ -154,6 +155,19 @@ TEST(PropertyListReader, RefusesDatesItCannotKeepToTheMicrosecond) {
     EXPECT_FALSE(withSeconds(-1e10));
     EXPECT_FALSE(withSeconds(std::nan("")));
     EXPECT_FALSE(withSeconds(HUGE_VAL));
+}
+
+TEST(PropertyListReader, KeepsEveryMicrosecondFrom1747To2254) {
+    std::mt19937_64 random(3);
+    std::uniform_int_distribution<int64_t> offset(-7'999'999'999'999'999LL,
+                                                  7'999'999'999'999'999LL);
+    for (int i = 0; i < 20'000; ++i) {
+        const auto when = micros(978'307'200'000'000LL + offset(random));
+        PropertyListWriter writer;
+        const std::string document = *writer.finish(writer.date(when));
+        auto reader = Reader::open(document);
+        ASSERT_EQ(reader->date(reader->root()), when) << when.time_since_epoch().count();
+    }
 }
 
 TEST(PropertyListReader, ReadsWhatLibplistWrites) {
