@@ -26,7 +26,7 @@ TEST(KeptChildren, EighteenEqualFilesKeepTheSeventeenSmallestPathsAndOneOther) {
     KeptChildren kept;
     // Offered in reverse name order so the rule, not the arrival order, decides.
     for (int i = 17; i >= 0; --i) kept.keepLargest(file("f" + std::string(1, char('a' + i)), 10));
-    auto children = std::move(kept).finish("/f");
+    auto children = std::move(kept).finish("/f", DiskCategory::files);
     ASSERT_EQ(children.size(), 18u);
     // The summary sorts like any child: equal bytes, and "/f/__other" < "/f/fa".
     const DiskNode& other = children.front();
@@ -46,7 +46,7 @@ TEST(KeptChildren, LargerNodesDisplaceTheSmallestAndSummaryTakesItsOrderedPlace)
     EXPECT_TRUE(kept.wouldKeep(2, "zzz"));
     kept.keepLargest(file("big", 50));
     kept.hide(30);  // items never offered as nodes
-    auto children = std::move(kept).finish("/f");
+    auto children = std::move(kept).finish("/f", DiskCategory::files);
     ASSERT_EQ(children.size(), 18u);
     EXPECT_EQ(children[0].name, "big");
     EXPECT_TRUE(children[1].isSummary);  // 31 bytes: one displaced file plus the hidden 30
@@ -56,7 +56,7 @@ TEST(KeptChildren, LargerNodesDisplaceTheSmallestAndSummaryTakesItsOrderedPlace)
 TEST(KeptChildren, HiddenEmptyItemsStillGetASummary) {
     KeptChildren kept;
     for (int i = 0; i < 18; ++i) kept.keepLargest(file("e" + std::to_string(10 + i), 0));
-    auto children = std::move(kept).finish("/f");
+    auto children = std::move(kept).finish("/f", DiskCategory::files);
     ASSERT_EQ(children.size(), 18u);
     EXPECT_TRUE(std::any_of(children.begin(), children.end(),
                             [](const DiskNode& n) { return n.isSummary && n.bytes == 0; }));

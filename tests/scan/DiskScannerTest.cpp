@@ -274,7 +274,7 @@ TEST(DiskScanner, PartialRootsArriveMarkedPartialWhileTheScanRuns) {
         });
     returned = true;
     ASSERT_TRUE(outcome.has_value());
-    EXPECT_FALSE(outcome->root.isPartial);
+    EXPECT_FALSE(outcome->root().isPartial);
     EXPECT_GT(partials, 0);
     EXPECT_EQ(badPartials, 0);
 }
@@ -293,28 +293,28 @@ TEST(DiskScanner, SubtreeAndRemainderUseTheSameWalk) {
 
     const auto subtree = scanner.scanSubtree(dir / "top2", cancellation);
     ASSERT_TRUE(subtree.has_value());
-    EXPECT_EQ(subtree->node.bytes, findNode(full->root, dir / "top2")->bytes);
+    EXPECT_EQ(subtree->node.bytes, findNode(full->root(), dir / "top2")->bytes);
     EXPECT_EQ(subtree->node.path, dir / "top2");
 
     // A stopped scan: one finished child, one partial one. The finished child is taken as
     // it stands (its bytes are marked to prove it), the partial one is measured again.
-    DiskNode partial = full->root;
+    DiskNode partial = full->root();
     partial.isPartial = true;
     partial.children.erase(std::remove_if(partial.children.begin(), partial.children.end(),
                                           [&](const DiskNode& n) { return n.path != dir / "top0" && n.path != dir / "top1"; }),
                            partial.children.end());
     ASSERT_EQ(partial.children.size(), 2u);
-    const int64_t top0 = findNode(full->root, dir / "top0")->bytes;
+    const int64_t top0 = findNode(full->root(), dir / "top0")->bytes;
     for (auto& child : partial.children) {
         if (child.path == dir / "top0") child.bytes += 1;
         if (child.path == dir / "top1") child.isPartial = true;
     }
     const auto completed = scanner.scanRemainder(partial, dir.path(), cancellation);
     ASSERT_TRUE(completed.has_value());
-    EXPECT_EQ(completed->root.bytes, full->root.bytes + 1);
-    EXPECT_EQ(findNode(completed->root, dir / "top0")->bytes, top0 + 1);
-    EXPECT_EQ(findNode(completed->root, dir / "top1")->bytes, findNode(full->root, dir / "top1")->bytes);
-    EXPECT_FALSE(completed->root.isPartial);
+    EXPECT_EQ(completed->root().bytes, full->root().bytes + 1);
+    EXPECT_EQ(findNode(completed->root(), dir / "top0")->bytes, top0 + 1);
+    EXPECT_EQ(findNode(completed->root(), dir / "top1")->bytes, findNode(full->root(), dir / "top1")->bytes);
+    EXPECT_FALSE(completed->root().isPartial);
 }
 
 TEST(DiskScanner, WholeDiskScansAlsoEnterTheHomeFoldersDevice) {
