@@ -19,7 +19,7 @@ struct ScanJobOptions {
 };
 
 class ScanJob {
-  public:
+public:
     // Scans `path`; nothing when cancelled.
     static std::optional<ScanOutcome> run(const std::string& path,
                                           const ScanCancellation& cancellation,
