@@ -14,6 +14,13 @@ namespace veldan {
 
 class LabelFit {
   public:
+    // Vertical metrics of the face as shares of the font size: a line's baseline lies
+    // `ascent` below its top, glyphs reach `descent` below the baseline, and lines stack
+    // `lineHeight` apart.
+    static constexpr double ascent = 0.93;
+    static constexpr double descent = 0.24;
+    static constexpr double lineHeight = 1.17;
+
     // Width in points of clean (valid UTF-8) text at `fontSize`.
     static double width(std::string_view cleanText, double fontSize, bool bold);
 

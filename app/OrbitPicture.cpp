@@ -17,8 +17,8 @@ namespace veldan {
 
 namespace {
 
-constexpr double ascent = 0.93;  // baseline below a line's top, as a share of the font size
-constexpr double lineHeight = 1.17;
+constexpr double ascent = LabelFit::ascent;
+constexpr double lineHeight = LabelFit::lineHeight;
 constexpr double listTextSize = 13;
 constexpr double rowHeight = 28;
 constexpr double sideListMinimum = 240;  // narrower leftovers stay empty around the ring
@@ -65,6 +65,7 @@ bool fitsInSector(const LabelBox& box, OrbitSector sector, const MapRect& ring, 
 
 struct Painter {
     SvgDocument& svg;
+    const MapPictureStyle& style;
     MapPalette palette;
     std::string textColor;
 };
@@ -190,8 +191,7 @@ void drawSummaryMarks(Painter& painter, const OrbitItem& item, const MapRect& ri
         if (inRun) segment(runStart, last, k);
     }
     if (data.empty()) return;
-    painter.svg.path(data, "stroke=\"" + painter.textColor +
-                               "\" stroke-opacity=\"0.14\" stroke-width=\"1.6\" fill=\"none\"");
+    painter.svg.path(data, painter.style.hatchAttributes());
 }
 
 // The widest text that fits across a disc of `radius` over the vertical span of a line.
@@ -278,7 +278,7 @@ void drawList(Painter& painter, const DiskNode& folder, const std::vector<OrbitI
 std::string OrbitPicture::svg(const DiskNode& folder, const std::vector<OrbitItem>& items,
                               double width, double height, const MapPictureStyle& style) {
     SvgDocument svg(width, height, MapPictureStyle::fontFamily);
-    Painter painter{svg, style.palette(), style.palette().text().hex()};
+    Painter painter{svg, style, style.palette(), style.palette().text().hex()};
     const std::string background = painter.palette.background().hex();
     svg.rect({0, 0, width, height}, 0, background);
 
@@ -314,7 +314,8 @@ std::string OrbitPicture::svg(const DiskNode& folder, const std::vector<OrbitIte
         if (items.empty()) {
             svg.text(
                 {list.x, list.y + list.height / 2, listTextSize, false, painter.textColor, 0.6},
-                LabelFit::fitted("Nothing to map in this folder", list.width, listTextSize, false));
+                LabelFit::fitted(MapPictureStyle::emptyFolderText, list.width, listTextSize,
+                                 false));
         } else {
             drawList(painter, folder, items, list);
         }

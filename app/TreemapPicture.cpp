@@ -13,11 +13,8 @@ namespace veldan {
 
 namespace {
 
-// Text metrics as fractions of the font size: the baseline sits at the face's ascent
-// below a line's top and the descent must stay inside the tile too.
-constexpr double ascent = 0.93;
-constexpr double lineHeight = 1.17;
-
+constexpr double ascent = LabelFit::ascent;
+constexpr double lineHeight = LabelFit::lineHeight;
 constexpr double nameSize = 13;
 constexpr double bandNameSize = 13;
 constexpr double bandSizeSize = 12;
@@ -149,10 +146,7 @@ void drawTile(Painter& painter, const MapTile& tile) {
     }
     if (node.isSummary) {
         const MapRect inner{drawn.x + 2, drawn.y + 2, drawn.width - 4, drawn.height - 4};
-        painter.svg.path(SvgDocument::hatching(inner, 10),
-                         "stroke=\"" + painter.textColor +
-                             "\" stroke-opacity=\"0.14\" stroke-width=\"1.6\" "
-                             "fill=\"none\"");
+        painter.svg.path(SvgDocument::hatching(inner, 10), painter.style.hatchAttributes());
     }
     drawLabels(painter, content, drawn);
 }
@@ -167,7 +161,7 @@ std::string TreemapPicture::svg(const std::vector<MapTile>& tiles, double width,
     svg.rect({0, 0, width, height}, 0, palette.background().hex());
     if (tiles.empty()) {
         const std::string message =
-            LabelFit::fitted("Nothing to map in this folder", width - 16, 15, false);
+            LabelFit::fitted(MapPictureStyle::emptyFolderText, width - 16, 15, false);
         svg.text({width / 2, height / 2, 15, false, painter.textColor, 0.6, "middle"}, message);
     }
     for (const auto& tile : tiles)

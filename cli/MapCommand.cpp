@@ -222,17 +222,23 @@ const CommandRegistration registration{
     "map", 20, [](CLI::App& app) -> CommandRunner {
         auto options = std::make_shared<MapOptions>();
         auto* sub = app.add_subcommand("map", "Draw the map of a folder as a picture");
-        sub->add_option("path", options->path, "Folder to scan (default: the current folder)");
+        sub->add_option("path", options->path, "Folder to scan (default: the current folder)")
+            ->type_name("PATH");
         sub->add_option("--folder", options->folder,
-                        "Folder of the map to draw, relative to PATH or absolute (default: PATH)");
+                        "Folder of the map to draw, relative to PATH or absolute (default: PATH)")
+            ->type_name("SUB");
         sub->add_option("--view", options->view, "treemap (nested tiles) or orbit (a ring)")
+            ->type_name("VIEW")
             ->check(CLI::IsMember({"treemap", "orbit"}))
             ->capture_default_str();
         sub->add_option("--size", options->size,
-                        "Picture size WIDTHxHEIGHT in pixels; the orbit uses the smaller side")
+                        "Picture size in pixels; the orbit uses the smaller side")
+            ->type_name("WxH")
             ->capture_default_str();
-        sub->add_option("--svg", options->svgFile, "Write the picture as SVG to FILE");
-        sub->add_option("--png", options->pngFile, "Write the picture as PNG to FILE");
+        sub->add_option("--svg", options->svgFile, "Write the picture as SVG to FILE")
+            ->type_name("FILE");
+        sub->add_option("--png", options->pngFile, "Write the picture as PNG to FILE")
+            ->type_name("FILE");
         sub->add_flag("--dark", options->dark, "Use the dark palette");
         sub->add_flag("--json", options->json, "Print the tiles or orbit items as JSON");
         return [options] { return runMap(*options); };

@@ -114,7 +114,7 @@ DiskNode generatedTree(std::mt19937_64& random, const std::string& path, int dep
 
 TEST(TreemapInvariants, NestedTilesStayInsideTheirParentBelowItsTitleBand) {
     std::mt19937_64 random(7);
-    for (int round = 0; round < 300; ++round) {
+    for (int round = 0; round < 120; ++round) {
         const auto tree = generatedTree(random, "/r", 4);
         const double width = std::uniform_real_distribution<double>(50, 1600)(random);
         const double height = std::uniform_real_distribution<double>(50, 1200)(random);
