@@ -5,8 +5,8 @@
 
 The tree is always the same (no randomness), so the pictures can be made again. Files
 get their space with posix_fallocate: allocated on disk without writing data, so
-building the full-size tree (about 30 GB) takes a second, and --scale 0.001 makes a
-tree of the same shape in about 30 MB. Remove the folder when done.
+building the full-size tree (about 55 GB) takes a second, and --scale 0.001 makes a
+tree of the same shape in about 55 MB. Remove the folder when done.
 """
 
 import argparse
@@ -37,7 +37,13 @@ def entries():
         ("Library/Caches/Google/Chrome/Cache.bin", 1100),
         ("Library/Application Support/Slack/IndexedDB.bin", 700),
         ("Library/Application Support/Code/CachedData.bin", 450),
-        ("Library/Containers/com.docker.docker/Data/vms/0/data/Docker.raw", 5800),
+        ("Library/Containers/com.docker.docker/Data/vms/0/data/Docker.raw", 2300),
+        ("Docker/volumes/postgres-data/base.bin", 2600),
+        ("Docker/volumes/redis-data/dump.rdb", 400),
+        ("Docker/images/build-cache.tar", 1700),
+        ("models/qwen2.5-coder-14b-q4.gguf", 4300),
+        ("models/mistral-7b-instruct-q5.gguf", 2700),
+        ("models/nomic-embed-text.gguf", 280),
         ("Projects/webapp/node_modules/next/dist.bin", 380),
         ("Projects/webapp/node_modules/@swc/core-darwin-arm64.bin", 190),
         ("Projects/webapp/node_modules/typescript/lib.bin", 68),
