@@ -9,6 +9,7 @@
 
 #include "cache/RootIdentity.hpp"
 #include "cache/ScanArchive.hpp"
+#include "platform/AtomicFile.hpp"
 #include "platform/FileContents.hpp"
 #include "platform/Paths.hpp"
 #include "platform/Preferences.hpp"
@@ -45,14 +46,19 @@ void tagCacheFolder(const std::string& folder) {
     }
 }
 
-void removeAbandonedTemporaries(const std::string& folder, const std::string& fileName) {
-    const std::string prefix = "." + fileName + ".";
+// Temporary files are named ".veldan-<UUID>.tmp" (writeFileAtomically).
+void removeAbandonedTemporaries(const std::string& folder) {
+    constexpr std::string_view prefix = ".veldan-";
+    constexpr std::string_view suffix = ".tmp";
     DIR* dir = ::opendir(folder.c_str());
     if (!dir) return;
     const auto now = std::chrono::system_clock::now();
     while (auto* entry = ::readdir(dir)) {
         const std::string_view name(entry->d_name);
-        if (name.size() != prefix.size() + 6 || name.substr(0, prefix.size()) != prefix) continue;
+        if (name.size() <= prefix.size() + suffix.size() || !name.starts_with(prefix) ||
+            !name.ends_with(suffix)) {
+            continue;
+        }
         struct stat status {};
         if (::fstatat(::dirfd(dir), entry->d_name, &status, AT_SYMLINK_NOFOLLOW) != 0) continue;
         if (!S_ISREG(status.st_mode)) continue;
@@ -68,6 +74,10 @@ void removeAbandonedTemporaries(const std::string& folder, const std::string& fi
 ScanCache::ScanCache(std::string folder) : folder_(std::move(folder)) {}
 
 ScanCache& ScanCache::shared() {
+    // Saving uses libcrypto (the digest, the temporary file's random name), which tears
+    // itself down when the process exits. Starting it before the cache exists makes the
+    // cache's destructor, which finishes the queued saves, run before that teardown.
+    [[maybe_unused]] static const bool cryptoStarted = (platform::Sha256::of({}), true);
     static ScanCache cache;
     return cache;
 }
@@ -85,8 +95,7 @@ std::string ScanCache::fileFor(const std::string& scope) const {
 }
 
 void ScanCache::save(const ScanSnapshot& snapshot, const std::string& scope) {
-    // The file name is found here: hashing makes libcrypto keep state per thread, which it
-    // cannot free for a queue thread still parked when the process exits.
+    // The location is taken now, in the environment of the caller.
     const std::string file = fileFor(scope);
     queue_.async([this, snapshot, scope, file] { write(snapshot, scope, file); });
 }
@@ -112,8 +121,8 @@ ScanCache::SaveOutcome ScanCache::write(const ScanSnapshot& snapshot, const std:
     auto encoded = ScanArchive::encode(scopePath, *identity, snapshot, maximumFileBytes);
     if (!encoded) return SaveOutcome::tooLarge;
 
-    removeAbandonedTemporaries(cacheFolder, std::string(platform::lastPathComponent(file)));
-    if (platform::replaceFileAtomically(file, *encoded, 0600) != 0) return SaveOutcome::writeFailed;
+    removeAbandonedTemporaries(cacheFolder);
+    if (platform::writeFileAtomically(file, *encoded)) return SaveOutcome::writeFailed;
     return SaveOutcome::saved;
 }
 

@@ -2,6 +2,7 @@
 
 #include "platform/FileStatus.hpp"
 #include "platform/MediaAuthorization.hpp"
+#include "platform/MountPoints.hpp"
 #include "platform/Paths.hpp"
 #include "platform/UserFolders.hpp"
 #include "scan/FullDiskAccess.hpp"
@@ -130,21 +131,13 @@ std::optional<uint64_t> ScanSessionCache::flushedGeneration(const std::string& p
 std::optional<std::string> ScanSessionCache::additionalVolumePath(const std::string& path,
                                                                   const std::string& watchedPath) {
     if (platform::standardizePath(path) != "/") return std::nullopt;
-    std::string home = platform::resolveSymlinks(platform::homeFolder());
+    const std::string home = platform::resolveSymlinks(platform::homeFolder());
     auto homeStatus = platform::statPath(home, true);
     auto watchedStatus = platform::statPath(watchedPath, true);
     if (!homeStatus || !watchedStatus || homeStatus->device == watchedStatus->device) {
         return std::nullopt;
     }
-    // Climb while the parent is still on the home folder's device: the last folder
-    // reached is the mount point.
-    while (home != "/") {
-        const std::string parent = platform::parentPath(home);
-        auto parentStatus = platform::statPath(parent, true);
-        if (!parentStatus || parentStatus->device != homeStatus->device) break;
-        home = parent;
-    }
-    return home;
+    return platform::mountPointOf(home);
 }
 
 }  // namespace veldan

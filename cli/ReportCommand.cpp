@@ -8,7 +8,6 @@
 #include <sys/stat.h>
 
 #include <CLI/CLI.hpp>
-#include <cstring>
 #include <iostream>
 #include <memory>
 #include <mutex>
@@ -21,7 +20,7 @@
 #include "cli/Interrupt.hpp"
 #include "cli/ProgressLine.hpp"
 #include "cli/Terminal.hpp"
-#include "platform/FileContents.hpp"
+#include "platform/AtomicFile.hpp"
 #include "platform/LocaleFormat.hpp"
 #include "platform/Paths.hpp"
 #include "scan/DiskScanner.hpp"
@@ -78,10 +77,8 @@ int writeReport(const Destination& destination, const char* suggestedName,
         return std::cout.good() ? exitSuccess : exitFailure;
     }
     const std::string file = destination.file(suggestedName);
-    const int error =
-        platform::replaceFileAtomically(file, report + "\n", platform::documentFileMode());
-    if (error != 0) {
-        std::cerr << "veldan: Could not save the report: " << std::strerror(error) << ".\n";
+    if (auto failure = platform::writeFileAtomically(file, report + "\n")) {
+        std::cerr << "veldan: Could not save the report: " << *failure << ".\n";
         return exitFailure;
     }
     // The file is a change of its folder that this run made itself.

@@ -11,8 +11,8 @@
 
 #include "platform/FileContents.hpp"
 #include "platform/Paths.hpp"
-#include "platform/PropertyListText.hpp"
 #include "platform/UserFolders.hpp"
+#include "platform/Utf8.hpp"
 
 namespace veldan::platform {
 
@@ -20,7 +20,7 @@ namespace {
 
 bool isUtf8(const std::string& text) {
     for (size_t at = 0; at < text.size();) {
-        const size_t length = utf8SequenceLength(text, at);
+        const size_t length = validSequenceLength(text, at);
         if (length == 0) return false;
         at += length;
     }

@@ -12,7 +12,6 @@
 //
 // Contract: pure functions, thread-safe.
 
-#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -22,9 +21,5 @@ namespace veldan::platform {
 std::string encodePropertyListText(std::string_view bytes);
 // The inverse of encodePropertyListText for well-formed UTF-8 input.
 std::string decodePropertyListText(std::string_view text);
-
-// Length of the well-formed UTF-8 sequence at `text[at]`, or 0 when the byte there does not
-// start one (stray continuation byte, overlong form, surrogate, above U+10FFFF, truncated).
-size_t utf8SequenceLength(std::string_view text, size_t at);
 
 }  // namespace veldan::platform

@@ -6,6 +6,7 @@
 #include <functional>
 
 #include "platform/PropertyListText.hpp"
+#include "platform/Utf8.hpp"
 
 namespace veldan::platform {
 
@@ -62,28 +63,9 @@ void appendUtf16(std::string& out, std::string_view text, size_t& units) {
     units = 0;
     size_t at = 0;
     while (at < text.size()) {
-        const size_t length = utf8SequenceLength(text, at);
-        const auto byte = [&](size_t i) {
-            return char32_t(static_cast<unsigned char>(text[at + i]));
-        };
-        char32_t code = 0;
-        switch (length) {
-            case 1:
-                code = byte(0);
-                break;
-            case 2:
-                code = ((byte(0) & 0x1F) << 6) | (byte(1) & 0x3F);
-                break;
-            case 3:
-                code = ((byte(0) & 0x0F) << 12) | ((byte(1) & 0x3F) << 6) | (byte(2) & 0x3F);
-                break;
-            case 4:
-                code = ((byte(0) & 0x07) << 18) | ((byte(1) & 0x3F) << 12) |
-                       ((byte(2) & 0x3F) << 6) | (byte(3) & 0x3F);
-                break;
-            default:
-                std::abort();  // the text was encoded just before
-        }
+        const size_t length = validSequenceLength(text, at);
+        if (length == 0) std::abort();  // the text was encoded just before
+        char32_t code = decodeSequence(text, at, length);
         at += length;
         if (code >= 0x10000) {
             code -= 0x10000;

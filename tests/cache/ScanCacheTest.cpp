@@ -227,9 +227,8 @@ TEST_F(ScanCacheTest, MarksScopesStaleInThePreferences) {
 
 TEST_F(ScanCacheTest, RemovesOnlyTemporaryFilesLongAbandoned) {
     savedBytes();
-    const std::string name = ScanCache::scopeDigest(scope) + ".plist";
-    const std::string old = cache.folder() + "/." + name + ".AbCdEf";
-    const std::string young = cache.folder() + "/." + name + ".GhIjKl";
+    const std::string old = cache.folder() + "/.veldan-0b1c.tmp";
+    const std::string young = cache.folder() + "/.veldan-2d3e.tmp";
     test::writeFile(old, "partial");
     test::writeFile(young, "partial");
     const timespec times[2] = {{0, UTIME_OMIT}, {::time(nullptr) - 3600, 0}};
@@ -268,7 +267,7 @@ TEST_F(ScanCacheTest, KeepsTheOldFileWholeWhenASaveIsKilled) {
         DIR* folder = ::opendir(cache.folder().c_str());
         while (auto* entry = ::readdir(folder)) {
             const std::string entryName = entry->d_name;
-            if (entryName.rfind("." + ScanCache::scopeDigest(scope), 0) == 0) {
+            if (entryName.rfind(".veldan-", 0) == 0) {
                 ++leftovers;
                 ::unlinkat(::dirfd(folder), entry->d_name, 0);
             }

@@ -1,4 +1,3 @@
-#include <dirent.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -11,17 +10,6 @@ namespace veldan::platform {
 namespace {
 
 using test::TempDir;
-
-std::vector<std::string> entryNames(const std::string& folder) {
-    std::vector<std::string> names;
-    DIR* dir = ::opendir(folder.c_str());
-    while (auto* entry = dir ? ::readdir(dir) : nullptr) {
-        const std::string name = entry->d_name;
-        if (name != "." && name != "..") names.push_back(name);
-    }
-    if (dir) ::closedir(dir);
-    return names;
-}
 
 TEST(ReadRegularFile, ReadsUpToTheLimitAndNoFurther) {
     TempDir dir;
@@ -42,31 +30,6 @@ TEST(ReadRegularFile, IgnoresLinksFoldersAndMissingFiles) {
     EXPECT_FALSE(readRegularFile(dir / "folder", 100));
     EXPECT_FALSE(readRegularFile(dir / "fifo", 100));
     EXPECT_FALSE(readRegularFile(dir / "missing", 100));
-}
-
-TEST(ReplaceFileAtomically, ReplacesTheFileAndLeavesNoTemporary) {
-    TempDir dir;
-    test::writeFile(dir / "doc", "old");
-    ASSERT_EQ(replaceFileAtomically(dir / "doc", "new contents", 0600), 0);
-    EXPECT_EQ(test::readFile(dir / "doc"), "new contents");
-    struct stat status {};
-    ASSERT_EQ(::stat((dir / "doc").c_str(), &status), 0);
-    EXPECT_EQ(status.st_mode & 0777, 0600u);
-    EXPECT_EQ(entryNames(dir.path()), std::vector<std::string>{"doc"});
-}
-
-TEST(ReplaceFileAtomically, FailsWithoutCreatingAnythingWhenTheFolderIsMissing) {
-    TempDir dir;
-    EXPECT_EQ(replaceFileAtomically(dir / "missing/doc", "new", 0600), ENOENT);
-    EXPECT_FALSE(test::exists(dir / "missing"));
-}
-
-TEST(ReplaceFileAtomically, FailsOnAFolderInTheWayAndLeavesIt) {
-    TempDir dir;
-    test::makeFolders(dir / "doc/inside");
-    EXPECT_NE(replaceFileAtomically(dir / "doc", "new", 0600), 0);
-    EXPECT_TRUE(test::exists(dir / "doc/inside"));
-    EXPECT_EQ(entryNames(dir.path()), std::vector<std::string>{"doc"});  // no temporary left
 }
 
 TEST(CreateFolders, CreatesPrivateParentsAndKeepsExistingModes) {

@@ -3,13 +3,14 @@
 #include <random>
 
 #include "platform/PropertyListText.hpp"
+#include "platform/Utf8.hpp"
 
 namespace veldan::platform {
 namespace {
 
 bool isWellFormed(std::string_view text) {
     for (size_t at = 0; at < text.size();) {
-        const size_t length = utf8SequenceLength(text, at);
+        const size_t length = validSequenceLength(text, at);
         if (length == 0) return false;
         at += length;
     }
