@@ -187,7 +187,7 @@ class Decoder {
 
     std::optional<ScanArchive> archive() {
         std::array<Object, archiveKeys.size()> fields;
-        if (!record(reader_.root(), archiveKeys, fields)) return std::nullopt;
+        if (!record(reader_.root(), archiveKeys_, fields)) return std::nullopt;
         ScanArchive archive;
         auto version = reader_.integer(fields[0]);
         if (!version || *version != ScanArchive::currentVersion) return std::nullopt;
@@ -201,25 +201,40 @@ class Decoder {
     }
 
   private:
-    // Looks up every key of `names` in the dictionary `object`; false when it is not a
+    // The key objects found for each record type's names so far. Keys are shared: once a
+    // key object is known to spell a name, comparing objects suffices for the thousands of
+    // records that use it.
+    template <size_t N>
+    struct KnownKeys {
+        const Keys<N>& names;
+        std::array<Object, N> objects{};
+    };
+
+    // Looks up every key of `known.names` in the dictionary `object`; false when it is not a
     // dictionary or any key but an optional one is missing. Keys come in the order they
     // were written, so each is tried at its own position first.
     template <size_t N>
-    bool record(Object object, const Keys<N>& names, std::array<Object, N>& fields,
+    bool record(Object object, KnownKeys<N>& known, std::array<Object, N>& fields,
                 size_t optionalField = N) {
         if (records_ == 0) return false;
         --records_;
         auto entries = reader_.dictionary(object);
         if (!entries) return false;
         fields.fill(Object());
+        const auto matches = [&](Object key, size_t field) {
+            if (known.objects[field].valid()) return known.objects[field] == key;
+            if (!reader_.stringEquals(key, known.names[field])) return false;
+            known.objects[field] = key;
+            return true;
+        };
         for (size_t i = 0; i < entries->size(); ++i) {
             const Object key = entries->key(i);
             size_t field = N;
-            if (i < N && reader_.stringEquals(key, names[i])) {
+            if (i < N && matches(key, i)) {
                 field = i;
             } else {
                 for (size_t j = 0; j < N && field == N; ++j) {
-                    if (reader_.stringEquals(key, names[j])) field = j;
+                    if (matches(key, j)) field = j;
                 }
             }
             if (field < N) fields[field] = entries->value(i);
@@ -232,15 +247,17 @@ class Decoder {
 
     std::optional<std::string> text(Object object) {
         // Every string costs something, even an empty one repeated endlessly.
-        const uint64_t cost = uint64_t(reader_.storedBytes(object)) + 16;
-        if (cost > bytes_) return std::nullopt;
-        bytes_ -= cost;
-        return reader_.string(object);
+        constexpr uint64_t overhead = 16;
+        if (bytes_ < overhead) return std::nullopt;
+        auto decoded = reader_.string(object, bytes_ - overhead);
+        if (!decoded || decoded->size() + overhead > bytes_) return std::nullopt;
+        bytes_ -= decoded->size() + overhead;
+        return decoded;
     }
 
     std::optional<RootIdentity> rootIdentity(Object object) {
         std::array<Object, identityKeys.size()> fields;
-        if (!record(object, identityKeys, fields)) return std::nullopt;
+        if (!record(object, identityKeys_, fields)) return std::nullopt;
         auto device = reader_.integer(fields[0]);
         auto inode = reader_.integer(fields[1]);
         auto resolvedPath = text(fields[2]);
@@ -273,13 +290,13 @@ class Decoder {
 
     bool snapshot(Object object, ScanSnapshot& out) {
         std::array<Object, snapshotKeys.size()> fields;
-        if (!record(object, snapshotKeys, fields, unreadableReasons)) return false;
+        if (!record(object, snapshotKeys_, fields, unreadableReasons)) return false;
         auto rootNode = node(fields[root], 0);
         if (!rootNode) return false;
         out.root = std::move(*rootNode);
 
         std::array<Object, volumeKeys.size()> volumeFields;
-        if (!record(fields[volume], volumeKeys, volumeFields)) return false;
+        if (!record(fields[volume], volumeKeys_, volumeFields)) return false;
         if (!integer(volumeFields[0], out.volume.free) ||
             !integer(volumeFields[1], out.volume.total)) {
             return false;
@@ -298,7 +315,7 @@ class Decoder {
         if (!largestItems) return false;
         for (size_t i = 0; i < largestItems->size(); ++i) {
             std::array<Object, largeFileKeys.size()> fileFields;
-            if (!record((*largestItems)[i], largeFileKeys, fileFields)) return false;
+            if (!record((*largestItems)[i], largeFileKeys_, fileFields)) return false;
             LargeFile file;
             auto filePath = text(fileFields[0]);
             if (!filePath || !integer(fileFields[1], file.bytes)) return false;
@@ -332,9 +349,25 @@ class Decoder {
         return true;
     }
 
-    std::optional<DiskCategory> diskCategory(Object object) const {
+    // The two flags are shared objects too.
+    std::optional<bool> flag(Object object) {
+        for (size_t value = 0; value < 2; ++value) {
+            if (flagObjects_[value] == object && object.valid()) return value == 1;
+        }
+        auto value = reader_.boolean(object);
+        if (value) flagObjects_[*value ? 1 : 0] = object;
+        return value;
+    }
+
+    std::optional<DiskCategory> diskCategory(Object object) {
+        for (const auto& [known, category] : categoryObjects_) {
+            if (known == object) return category;
+        }
         for (DiskCategory candidate : allDiskCategories) {
-            if (reader_.stringEquals(object, title(candidate))) return candidate;
+            if (reader_.stringEquals(object, title(candidate))) {
+                categoryObjects_.emplace_back(object, candidate);
+                return candidate;
+            }
         }
         return std::nullopt;
     }
@@ -342,15 +375,15 @@ class Decoder {
     std::optional<DiskNode> node(Object object, size_t depth) {
         if (depth > ScanArchive::maximumDepth) return std::nullopt;
         std::array<Object, nodeKeys.size()> fields;
-        if (!record(object, nodeKeys, fields)) return std::nullopt;
+        if (!record(object, nodeKeys_, fields)) return std::nullopt;
         DiskNode result;
         auto nodePath = text(fields[path]);
         auto nodeName = text(fields[name]);
         auto nodeBytes = reader_.integer(fields[bytes]);
         auto nodeCategory = diskCategory(fields[category]);
-        auto directory = reader_.boolean(fields[isDirectory]);
-        auto summary = reader_.boolean(fields[isSummary]);
-        auto partial = reader_.boolean(fields[isPartial]);
+        auto directory = flag(fields[isDirectory]);
+        auto summary = flag(fields[isSummary]);
+        auto partial = flag(fields[isPartial]);
         if (!nodePath || !nodeName || !nodeBytes || !nodeCategory || !directory || !summary ||
             !partial) {
             return std::nullopt;
@@ -383,6 +416,14 @@ class Decoder {
     }
 
     const PropertyListReader& reader_;
+    KnownKeys<archiveKeys.size()> archiveKeys_{archiveKeys};
+    KnownKeys<identityKeys.size()> identityKeys_{identityKeys};
+    KnownKeys<snapshotKeys.size()> snapshotKeys_{snapshotKeys};
+    KnownKeys<nodeKeys.size()> nodeKeys_{nodeKeys};
+    KnownKeys<volumeKeys.size()> volumeKeys_{volumeKeys};
+    KnownKeys<largeFileKeys.size()> largeFileKeys_{largeFileKeys};
+    std::vector<std::pair<Object, DiskCategory>> categoryObjects_;
+    std::array<Object, 2> flagObjects_{};  // false, true
     uint64_t records_;  // each record decoded uses one: a shared record cannot multiply work
     uint64_t bytes_;    // text still allowed to be decoded
 };

@@ -17,11 +17,32 @@ constexpr int64_t referenceDateMicroseconds = 978'307'200LL * 1'000'000;
 constexpr double earliestDateSeconds = -8'000'000'000.0;
 constexpr double latestDateSeconds = 8'000'000'000.0;
 
-uint64_t readBigEndian(const char* at, unsigned bytes) {
-    uint64_t value = 0;
-    for (unsigned i = 0; i < bytes; ++i)
-        value = (value << 8) | static_cast<unsigned char>(at[i]);
+template <typename T>
+T load(const char* at) {
+    T value;
+    std::memcpy(&value, at, sizeof value);
     return value;
+}
+
+// Every value of the document is read through here, so the common widths are one load.
+uint64_t readBigEndian(const char* at, unsigned bytes) {
+    switch (bytes) {
+        case 1:
+            return static_cast<unsigned char>(*at);
+        case 2:
+            return __builtin_bswap16(load<uint16_t>(at));
+        case 4:
+            return __builtin_bswap32(load<uint32_t>(at));
+        case 8:
+            return __builtin_bswap64(load<uint64_t>(at));
+        default: {
+            uint64_t value = 0;
+            for (unsigned i = 0; i < bytes; ++i) {
+                value = (value << 8) | static_cast<unsigned char>(at[i]);
+            }
+            return value;
+        }
+    }
 }
 
 bool hasCount(unsigned type) {
@@ -192,16 +213,19 @@ std::optional<std::string> PropertyListReader::data(Object object) const {
     return std::string(found->body, found->count);
 }
 
-std::optional<std::string> PropertyListReader::string(Object object) const {
+std::optional<std::string> PropertyListReader::string(Object object,
+                                                      size_t maximumCharacters) const {
     auto found = header(object);
-    if (!found) return std::nullopt;
+    if (!found || found->count > maximumCharacters) return std::nullopt;
     const auto available = static_cast<uint64_t>(objectsEnd_ - found->body);
     if ((found->marker >> 4) == 0x5) {
         if (found->count > available) return std::nullopt;
         const std::string_view text(found->body, found->count);
-        for (unsigned char c : text) {
-            if (c == 0 || c >= 0x80) return std::nullopt;
-        }
+        // Branch-free, so that the check runs at the speed of the copy.
+        bool outside = false;
+        for (unsigned char c : text)
+            outside |= static_cast<unsigned char>(c - 1) >= 0x7F;
+        if (outside) return std::nullopt;  // NUL, or not ASCII
         return std::string(text);
     }
     if ((found->marker >> 4) != 0x6 || found->count > available / 2) return std::nullopt;
@@ -236,20 +260,6 @@ bool PropertyListReader::stringEquals(Object object, std::string_view ascii) con
             return false;
     }
     return true;
-}
-
-size_t PropertyListReader::storedBytes(Object object) const {
-    auto found = header(object);
-    if (!found) return 0;
-    switch (found->marker >> 4) {
-        case 0x4:
-        case 0x5:
-            return found->count;
-        case 0x6:
-            return found->count <= SIZE_MAX / 3 ? found->count * 3 : SIZE_MAX;
-        default:
-            return 0;
-    }
 }
 
 std::optional<PropertyListReader::Array> PropertyListReader::array(Object object) const {

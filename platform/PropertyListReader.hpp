@@ -42,6 +42,8 @@ class PropertyListReader {
       public:
         Object() = default;
         bool valid() const { return index_ != none; }
+        // The same object of the document: shared values (keys, flags) compare equal.
+        friend bool operator==(Object, Object) = default;
 
       private:
         friend class PropertyListReader;
@@ -90,12 +92,11 @@ class PropertyListReader {
     // Microsecond precision; nothing for dates before 1747 or after 2254.
     std::optional<std::chrono::system_clock::time_point> date(Object object) const;
     std::optional<std::string> data(Object object) const;
-    std::optional<std::string> string(Object object) const;
+    // Nothing also when the text holds more than `maximumCharacters` (checked before
+    // anything is allocated), so a caller can bound what a hostile document costs it.
+    std::optional<std::string> string(Object object, size_t maximumCharacters = SIZE_MAX) const;
     // Whether `object` is a string equal to `ascii`, without decoding it.
     bool stringEquals(Object object, std::string_view ascii) const;
-    // At most how many bytes string() or data() returns for `object`; 0 for other types.
-    // Lets a caller bound the memory a hostile document can make it allocate.
-    size_t storedBytes(Object object) const;
     std::optional<Array> array(Object object) const;
     std::optional<Dictionary> dictionary(Object object) const;
 
