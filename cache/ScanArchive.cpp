@@ -222,7 +222,7 @@ class Decoder {
         if (!entries) return false;
         fields.fill(Object());
         const auto matches = [&](Object key, size_t field) {
-            if (known.objects[field].valid()) return known.objects[field] == key;
+            if (key.valid() && known.objects[field] == key) return true;
             if (!reader_.stringEquals(key, known.names[field])) return false;
             known.objects[field] = key;
             return true;
