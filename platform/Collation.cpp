@@ -10,7 +10,11 @@ namespace {
 
 QCollator& threadCollator() {
     thread_local QCollator collator = [] {
-        QCollator c(QLocale::system());
+        // Under the "C" locale Qt collates by code point and ignores numeric mode, which
+        // would put "file10" before "File2"; a file browser never does.
+        QLocale locale = QLocale::system();
+        if (locale.language() == QLocale::C) locale = QLocale(QLocale::English, QLocale::UnitedStates);
+        QCollator c(locale);
         c.setNumericMode(true);
         c.setCaseSensitivity(Qt::CaseInsensitive);
         c.setIgnorePunctuation(false);
