@@ -5,6 +5,7 @@
 #include <nlohmann/json.hpp>
 
 #include "tests/platform/TrashCli.hpp"
+#include "tests/recommendations/FakeTools.hpp"
 #include "tests/support/IsolatedHome.hpp"
 #include "tests/support/Process.hpp"
 #include "tests/support/TempDir.hpp"
@@ -15,7 +16,7 @@ namespace {
 
 // A project with a verified .next folder, an unverified one and dependencies.
 class Command : public ::testing::Test {
-protected:
+  protected:
     test::IsolatedHome home;
     test::TempDir dir;
 
@@ -116,7 +117,8 @@ TEST_F(Command, RecommendScriptOfTheSelectionRunsAsPrinted) {
 }
 
 TEST_F(Command, CleanNeverRunsWithoutATerminalOrYes) {
-    const auto run = veldan({"clean", dir.path(), "--select", "next"}, "y\n");
+    // Standard input is a pipe here, so there is no terminal to ask on.
+    const auto run = veldan({"clean", dir.path(), "--select", "next"});
     EXPECT_EQ(run.exitCode, 1);
     EXPECT_EQ(run.err,
               "veldan: Nothing was cleaned, because confirming needs a terminal; pass --yes to "
@@ -177,6 +179,41 @@ TEST_F(Command, CleanAsksOnATerminalAndDoesNothingWithoutAYes) {
     EXPECT_EQ(accepted.exitCode, 0) << accepted.out;
     EXPECT_NE(accepted.out.find("Moved 1 of 1 folder(s) to Trash."), std::string::npos);
     EXPECT_FALSE(test::exists(dir / "app/.next"));
+}
+
+// The tool search path puts ~/.local/bin before the inherited PATH, so a fake npm there
+// stands in for any real one.
+TEST_F(Command, CleanRunsAToolCleanupAndCtrlCEndsIt) {
+    test::makeFolders(home / ".npm/_cacache");
+    test::writeFileOfSize(home / ".npm/_cacache/index", 10'100'000);
+    test::makeFolders(home / ".local/bin");
+    test::writeScript(
+        home / ".local/bin/npm",
+        "if [ \"$1\" = config ]; then echo \"$HOME/.npm\"; else echo ran > \"$HOME/ran\"; "
+        "fi\n");
+    const auto run = veldan({"clean", home.home(), "--select", "npm", "--yes"});
+    EXPECT_EQ(run.exitCode, 0) << run.out << run.err;
+    EXPECT_NE(run.out.find("  npm cache \u2014 10 MB: Run the tool's own cache cleanup\n"),
+              std::string::npos)
+        << run.out;
+    EXPECT_NE(
+        run.out.find("Succeeded: npm cache \u2014 npm finished its cache cleanup. Space saved "
+                     "may be less than the scanned size.\n"),
+        std::string::npos);
+    EXPECT_TRUE(test::exists(home / "ran"));
+
+    test::writeScript(home / ".local/bin/npm",
+                      "if [ \"$1\" = config ]; then echo \"$HOME/.npm\"; else sleep 30; fi\n");
+    test::ProcessOptions options;
+    options.environment = home.environment();
+    const auto start = std::chrono::steady_clock::now();
+    const auto stopped = test::runInTerminal(
+        {test::veldanBinary(), "clean", home.home(), "--select", "npm", "--yes"}, options,
+        "Cleaning npm cache");
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(10));
+    EXPECT_EQ(stopped.exitCode, 130) << stopped.out;
+    EXPECT_NE(stopped.out.find("npm was stopped before it finished."), std::string::npos)
+        << stopped.out;
 }
 
 }  // namespace veldan
