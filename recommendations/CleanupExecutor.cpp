@@ -102,7 +102,9 @@ CleanupExecutorSettings CleanupExecutorSettings::standard() {
 }
 
 CleanupExecutor::CleanupExecutor(CleanupExecutorSettings settings)
-    : settings_(std::move(settings)) {}
+    : settings_(std::move(settings)) {
+    settings_.home = platform::standardizePath(settings_.home);
+}
 
 std::string CleanupExecutor::actionDescription(const Recommendation& recommendation) {
     const std::string& id = recommendation.id;
@@ -160,7 +162,7 @@ CleanupItemResult CleanupExecutor::trash(const Recommendation& recommendation,
     }
     CleanupItemResult result = itemResult(recommendation, {});
     result.totalFolders = static_cast<int64_t>(recommendation.paths.size());
-    const std::string home = platform::standardizePath(settings_.home);
+    const std::string& home = settings_.home;
     for (const auto& original : recommendation.paths) {
         const std::string path = platform::standardizePath(original);
         auto refuse = [&](std::string reason) {
