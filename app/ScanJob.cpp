@@ -29,4 +29,11 @@ void ScanJob::finishSaving() {
     ScanCache::shared().drain();
 }
 
+ChangedPathsSink ScanJob::changedPathsSink() {
+    return [](const std::vector<std::string>& movedPaths) {
+        ScanSessionCache::shared().invalidateCurrent(movedPaths);
+        ScanCache::shared().markStaleHolding(movedPaths);
+    };
+}
+
 }  // namespace veldan

@@ -11,6 +11,7 @@
 #include <optional>
 #include <string>
 
+#include "scan/ChangedPaths.hpp"
 #include "scan/ScanCallbacks.hpp"
 #include "scan/ScanCancellation.hpp"
 #include "scan/ScanOutcome.hpp"
@@ -32,6 +33,10 @@ class ScanJob {
 
     // Waits until every saved map queued so far is written.
     static void finishSaving();
+
+    // Where a cleanup reports the paths it moved: a session snapshot that measured them is
+    // dropped, and every saved map that holds them is marked outdated.
+    static ChangedPathsSink changedPathsSink();
 };
 
 }  // namespace veldan

@@ -6,11 +6,13 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <set>
 
 #include "cache/RootIdentity.hpp"
 #include "cache/ScanArchive.hpp"
 #include "platform/AtomicFile.hpp"
 #include "platform/FileContents.hpp"
+#include "platform/FileStatus.hpp"
 #include "platform/Paths.hpp"
 #include "platform/Preferences.hpp"
 #include "platform/Sha256.hpp"
@@ -147,6 +149,23 @@ void ScanCache::markStale(const std::string& scope,
     const auto mark = std::chrono::ceil<std::chrono::milliseconds>(now);
     platform::Preferences::setDate(staleKeyPrefix + scopeDigest(scope),
                                    std::chrono::system_clock::time_point(mark));
+}
+
+void ScanCache::markStaleHolding(const std::vector<std::string>& paths) const {
+    const auto now = std::chrono::system_clock::now();
+    std::set<std::string> marked;
+    for (const auto& path : paths) {
+        // Saved maps are found by name, so each folder on the way up is asked for one.
+        std::string folder = standardizedScope(path);
+        for (;;) {
+            if (!marked.count(folder) && platform::statPath(fileFor(folder), false)) {
+                markStale(folder, now);
+                marked.insert(folder);
+            }
+            if (folder == "/") break;
+            folder = platform::parentPath(folder);
+        }
+    }
 }
 
 bool ScanCache::needsRefresh(const ScanSnapshot& snapshot, const std::string& scope) const {

@@ -18,6 +18,7 @@
 #include <cstddef>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "platform/SerialQueue.hpp"
 #include "scan/ScanSnapshot.hpp"
@@ -56,6 +57,9 @@ class ScanCache {
     // Marks the saved map of `scope` outdated as of `now`.
     void markStale(const std::string& scope, std::chrono::system_clock::time_point now =
                                                  std::chrono::system_clock::now()) const;
+    // Marks outdated every saved map whose folder holds (or is) one of `paths`: what a
+    // cleanup moved.
+    void markStaleHolding(const std::vector<std::string>& paths) const;
     // Whether the scope was marked stale after `snapshot` finished. A mark in the same
     // millisecond as the finish counts as later: outdated is the safe answer.
     bool needsRefresh(const ScanSnapshot& snapshot, const std::string& scope) const;

@@ -6,6 +6,7 @@
 #include <iostream>
 #include <memory>
 
+#include "app/ScanJob.hpp"
 #include "cli/CommandRegistry.hpp"
 #include "cli/Interrupt.hpp"
 #include "cli/ProgressLine.hpp"
@@ -70,8 +71,7 @@ int runClean(const CleanOptions& options) {
     ProgressLine progressLine;
     auto settings = CleanupExecutorSettings::standard();
     settings.cancellation = &cancellation;
-    // settings.changedPaths stays empty: a one-shot command keeps no session cache to
-    // invalidate (the application connects it to its session cache).
+    settings.changedPaths = ScanJob::changedPathsSink();
     const CleanupExecutor executor(std::move(settings));
     const auto report = executor.run(safe, [&](const Recommendation& recommendation) {
         if (progressLine.active()) progressLine.show("Cleaning " + recommendation.title + "\u2026");

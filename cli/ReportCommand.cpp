@@ -23,6 +23,7 @@
 #include "platform/AtomicFile.hpp"
 #include "platform/LocaleFormat.hpp"
 #include "platform/Paths.hpp"
+#include "recommendations/RecommendationBuilder.hpp"
 #include "scan/DiskScanner.hpp"
 
 namespace veldan::cli {
@@ -35,12 +36,6 @@ struct ReportOptions {
     bool saved = false;
     bool noCache = false;
 };
-
-// The recommendations the report lists. This command builds none of its own yet, so the
-// report's recommendations section stays empty.
-std::vector<Recommendation> reportRecommendations(const ScanSnapshot&) {
-    return {};
-}
 
 bool isFolder(const std::string& path) {
     struct stat status {};
@@ -108,8 +103,9 @@ int reportSaved(const std::string& root, const Destination& destination) {
     if (ScanCache::shared().needsRefresh(*snapshot, root)) {
         status += "; files changed since, so sizes may be out of date";
     }
-    const std::string report = ScanReportBuilder::build(
-        root, *snapshot, reportRecommendations(*snapshot), status, styleFor(destination));
+    const std::string report =
+        ScanReportBuilder::build(root, *snapshot, RecommendationBuilder::build(root, *snapshot),
+                                 status, styleFor(destination));
     return writeReport(destination, ScanReportBuilder::summaryFileName, report);
 }
 
@@ -145,8 +141,8 @@ int reportFresh(const std::string& root, const ReportOptions& options,
 
     if (outcome) {
         const std::string report = ScanReportBuilder::build(
-            root, outcome->snapshot, reportRecommendations(outcome->snapshot), "Complete",
-            styleFor(destination));
+            root, outcome->snapshot, RecommendationBuilder::build(root, outcome->snapshot),
+            "Complete", styleFor(destination));
         return writeReport(destination, ScanReportBuilder::summaryFileName, report);
     }
     if (destination.path.empty()) {

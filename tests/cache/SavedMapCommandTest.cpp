@@ -108,6 +108,8 @@ TEST_F(SavedMapCommandTest, SaysWhenTheSavedMapNeedsARefresh) {
 }
 
 TEST_F(SavedMapCommandTest, WritesTheReportIntoAFolderUnderItsSuggestedName) {
+    test::makeFolders(scope + "/code/node_modules/lib");
+    test::writeFileOfSize(scope + "/code/node_modules/lib/index.js", 50'000);
     const auto written = veldan({"report", scope, "-o", dir.path()});
     ASSERT_EQ(written.exitCode, 0) << written.err;
     EXPECT_EQ(written.out, "");
@@ -116,6 +118,10 @@ TEST_F(SavedMapCommandTest, WritesTheReportIntoAFolderUnderItsSuggestedName) {
     EXPECT_EQ(report.rfind("Veldan scan summary\nScope: " + scope + "\n", 0), 0u);
     EXPECT_NE(report.find("\nStatus: Complete\n"), std::string::npos);
     EXPECT_NE(report.find("  " + scope + "/photos\n"), std::string::npos);
+    // The recommendations of the scan close the report.
+    const std::string recommendations = report.substr(report.find("\n\nRecommendations\n"));
+    EXPECT_NE(recommendations.find("\nReview first: "), std::string::npos) << recommendations;
+    EXPECT_NE(recommendations.find("; 1 location\n"), std::string::npos) << recommendations;
     struct stat status {};
     ASSERT_EQ(::stat(file.c_str(), &status), 0);
     EXPECT_EQ(status.st_mode & 0777, 0644u);  // a document of the user's, under umask 022

@@ -225,6 +225,22 @@ TEST_F(ScanCacheTest, MarksScopesStaleInThePreferences) {
     EXPECT_FALSE(cache.needsRefresh(later, dir / "Other"));
 }
 
+TEST_F(ScanCacheTest, MarksEverySavedMapHoldingWhatACleanupMoved) {
+    const std::string inner = scope + "/app";
+    const std::string other = dir / "Other";
+    test::makeFolders(inner);
+    test::makeFolders(other);
+    for (const auto& folder : {scope, inner, other}) {
+        ASSERT_EQ(cache.saveNow(snapshot, folder), ScanCache::SaveOutcome::saved);
+    }
+    cache.markStaleHolding({inner + "/node_modules", inner + "/.next"});
+    EXPECT_TRUE(cache.needsRefresh(snapshot, scope));
+    EXPECT_TRUE(cache.needsRefresh(snapshot, inner));
+    EXPECT_FALSE(cache.needsRefresh(snapshot, other));
+    cache.markStaleHolding({other});
+    EXPECT_TRUE(cache.needsRefresh(snapshot, other));
+}
+
 TEST_F(ScanCacheTest, RemovesOnlyTemporaryFilesLongAbandoned) {
     savedBytes();
     const std::string old = cache.folder() + "/.veldan-0b1c.tmp";
