@@ -10,7 +10,13 @@ namespace {
 
 QCollator& threadCollator() {
     thread_local QCollator collator = [] {
-        QCollator c(QLocale::system());
+        // Qt's collator for the C and POSIX locales compares code units and ignores the
+        // numeric mode, so "file10" would sort before "file2"; those locales get the
+        // root collation, which sorts like a browser in English.
+        const QLocale system = QLocale::system();
+        QCollator c(system.language() == QLocale::C
+                        ? QLocale(QLocale::English, QLocale::UnitedStates)
+                        : system);
         c.setNumericMode(true);
         c.setCaseSensitivity(Qt::CaseInsensitive);
         c.setIgnorePunctuation(false);
