@@ -66,20 +66,21 @@ void write(std::string& out, const Json& value, int indent, int depth) {
 void appendJsonString(std::string& out, std::string_view text) {
     out += '"';
     char escape[8];
+    size_t run = 0;  // start of the pending stretch that needs no escaping
     for (size_t i = 0; i < text.size();) {
         const auto byte = static_cast<unsigned char>(text[i]);
-        if (byte >= 0x80) {
-            const size_t length = validSequenceLength(text, i);
-            if (length == 0) {
-                std::snprintf(escape, sizeof escape, "\\udc%02x", byte);
-                out += escape;
-                ++i;
-            } else {
-                out.append(text.data() + i, length);
-                i += length;
-            }
+        if (byte >= 0x20 && byte < 0x80 && byte != '"' && byte != '\\') {
+            ++i;
             continue;
         }
+        if (byte >= 0x80) {
+            const size_t length = validSequenceLength(text, i);
+            if (length > 0) {
+                i += length;
+                continue;
+            }
+        }
+        out.append(text.data() + run, i - run);
         switch (byte) {
             case '"': out += "\\\""; break;
             case '\\': out += "\\\\"; break;
@@ -89,15 +90,13 @@ void appendJsonString(std::string& out, std::string_view text) {
             case '\b': out += "\\b"; break;
             case '\f': out += "\\f"; break;
             default:
-                if (byte < 0x20) {
-                    std::snprintf(escape, sizeof escape, "\\u%04x", byte);
-                    out += escape;
-                } else {
-                    out += static_cast<char>(byte);
-                }
+                // Below 0x20 a control character; above 0x7F a byte that is not UTF-8.
+                std::snprintf(escape, sizeof escape, byte < 0x20 ? "\\u%04x" : "\\udc%02x", byte);
+                out += escape;
         }
-        ++i;
+        run = ++i;
     }
+    out.append(text.data() + run, text.size() - run);
     out += '"';
 }
 

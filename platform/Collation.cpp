@@ -10,13 +10,11 @@ namespace {
 
 QCollator& threadCollator() {
     thread_local QCollator collator = [] {
-        // Qt's collator for the C and POSIX locales compares code units and ignores the
-        // numeric mode, so "file10" would sort before "file2"; those locales get the
-        // root collation, which sorts like a browser in English.
-        const QLocale system = QLocale::system();
-        QCollator c(system.language() == QLocale::C
-                        ? QLocale(QLocale::English, QLocale::UnitedStates)
-                        : system);
+        // Under the "C" locale Qt collates by code point and ignores numeric mode, which
+        // would put "file10" before "File2"; a file browser never does.
+        QLocale locale = QLocale::system();
+        if (locale.language() == QLocale::C) locale = QLocale(QLocale::English, QLocale::UnitedStates);
+        QCollator c(locale);
         c.setNumericMode(true);
         c.setCaseSensitivity(Qt::CaseInsensitive);
         c.setIgnorePunctuation(false);

@@ -24,11 +24,16 @@ int64_t checkedAdd(int64_t a, int64_t b) {
 
 DiskNode DiskNode::summary(std::string_view parentPath, int64_t bytes,
                            std::set<std::string> excludedPaths) {
+    return summary(parentPath, bytes, std::move(excludedPaths), categoryFor(parentPath));
+}
+
+DiskNode DiskNode::summary(std::string_view parentPath, int64_t bytes,
+                           std::set<std::string> excludedPaths, DiskCategory category) {
     DiskNode node;
     node.path = platform::joinPath(parentPath, summaryComponent);
     node.name = std::string(summaryName);
     node.bytes = bytes;
-    node.category = categoryFor(node.path);
+    node.category = category;
     node.isDirectory = true;
     node.isSummary = true;
     node.excludedPaths = std::move(excludedPaths);

@@ -36,6 +36,9 @@ struct DiskNode {
     // The summary child of `parentPath` covering `bytes` of items not kept individually.
     static DiskNode summary(std::string_view parentPath, int64_t bytes,
                             std::set<std::string> excludedPaths);
+    // The same with the category already known (it is the parent folder's).
+    static DiskNode summary(std::string_view parentPath, int64_t bytes,
+                            std::set<std::string> excludedPaths, DiskCategory category);
 
     // The children order: more bytes first, then the smaller path.
     static bool ordersBefore(const DiskNode& a, const DiskNode& b);

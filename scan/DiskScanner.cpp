@@ -162,7 +162,7 @@ std::optional<DiskScanner::Walk> DiskScanner::walk(
     if (cancellation.cancelled()) return std::nullopt;
 
     Walk result;
-    result.root = state.root();
+    result.root = state.takeRoot();
     result.folders = state.totalFolders() + (rootFd ? 1 : 0);
     result.files = state.totalFiles();
     result.issues = context.issues().totals();
@@ -180,10 +180,10 @@ std::optional<ScanOutcome> DiskScanner::walkOutcome(
     if (!walked) return std::nullopt;
 
     ScanSnapshot snapshot;
-    snapshot.root = walked->root;
+    snapshot.root = std::move(walked->root);
     snapshot.volume = volume.value_or(VolumeSpace{});
     snapshot.discoveredDirectories = std::move(walked->discovered);
-    snapshot.discoveredDirectories[root] = walked->root.bytes;
+    snapshot.discoveredDirectories[root] = snapshot.root.bytes;
     LargestFileCollector largest;
     for (const auto& file : walked->largestFiles) largest.record(file.path, file.bytes);
     for (const auto& file : carriedLargestFiles) largest.record(file.path, file.bytes);
@@ -196,7 +196,7 @@ std::optional<ScanOutcome> DiskScanner::walkOutcome(
     snapshot.skippedPhotosLibraries = walked->issues.skippedPhotosLibraries;
     snapshot.skippedMusicLibraries = walked->issues.skippedMusicLibraries;
     snapshot.finishedAt = std::chrono::system_clock::now();
-    return ScanOutcome{std::move(walked->root), volume, std::move(snapshot)};
+    return ScanOutcome{std::move(snapshot), volume};
 }
 
 std::optional<ScanOutcome> DiskScanner::scan(const std::string& path,
@@ -211,7 +211,7 @@ std::optional<ScanOutcome> DiskScanner::scan(const std::string& path,
             const ScanSnapshot& snapshot = *prepared.reusable;
             std::optional<VolumeSpace> volume;
             if (snapshot.volume.total > 0) volume = snapshot.volume;
-            return ScanOutcome{snapshot.root, volume, snapshot};
+            return ScanOutcome{snapshot, volume};
         }
         lease = std::move(prepared.lease);
     }

@@ -15,14 +15,17 @@ int64_t saturatingAdd(int64_t a, int64_t b) {
 }
 
 std::vector<DiskNode> ordered(std::vector<DiskNode> children, bool anythingHidden, int64_t hidden,
-                              std::string_view parentPath) {
+                              std::string_view parentPath, DiskCategory parentCategory) {
     if (anythingHidden) {
         std::set<std::string> shown;
         for (const auto& child : children) shown.insert(child.path);
-        children.push_back(DiskNode::summary(parentPath, hidden, std::move(shown)));
+        children.push_back(DiskNode::summary(parentPath, hidden, std::move(shown), parentCategory));
     }
     std::sort(children.begin(), children.end(),
               [](const DiskNode& a, const DiskNode& b) { return DiskNode::ordersBefore(a, b); });
+    // The list grew by doubling; a finished tree holds one list per folder, so the slack
+    // would otherwise be most of a large map's memory.
+    children.shrink_to_fit();
     return children;
 }
 
@@ -62,12 +65,14 @@ void KeptChildren::findSmallest() {
     }
 }
 
-std::vector<DiskNode> KeptChildren::finish(std::string_view parentPath) && {
-    return ordered(std::move(kept_), anythingHidden_, hidden_, parentPath);
+std::vector<DiskNode> KeptChildren::finish(std::string_view parentPath,
+                                           DiskCategory parentCategory) && {
+    return ordered(std::move(kept_), anythingHidden_, hidden_, parentPath, parentCategory);
 }
 
-std::vector<DiskNode> KeptChildren::copy(std::string_view parentPath) const {
-    return ordered(kept_, anythingHidden_, hidden_, parentPath);
+std::vector<DiskNode> KeptChildren::copy(std::string_view parentPath,
+                                         DiskCategory parentCategory) const {
+    return ordered(kept_, anythingHidden_, hidden_, parentPath, parentCategory);
 }
 
 }  // namespace veldan

@@ -28,9 +28,10 @@ public:
     bool anythingHidden() const { return anythingHidden_; }
     const std::vector<DiskNode>& kept() const { return kept_; }
 
-    // The kept children in order, followed (in order) by the summary when bytes are hidden.
-    std::vector<DiskNode> finish(std::string_view parentPath) &&;
-    std::vector<DiskNode> copy(std::string_view parentPath) const;
+    // The kept children and, when anything was hidden, the summary (which takes the
+    // parent's category), all in children order.
+    std::vector<DiskNode> finish(std::string_view parentPath, DiskCategory parentCategory) &&;
+    std::vector<DiskNode> copy(std::string_view parentPath, DiskCategory parentCategory) const;
 
 private:
     void findSmallest();

@@ -127,15 +127,15 @@ DiskNode ParallelRootState::buildRoot(KeptChildren children, int64_t bytes, bool
     root.name = rootPath_ == "/" ? "/" : std::string(platform::lastPathComponent(rootPath_));
     root.bytes = bytes;
     root.category = category_;
-    root.children = std::move(children).finish(rootPath_);
+    root.children = std::move(children).finish(rootPath_, category_);
     root.isDirectory = true;
     root.isPartial = partial;
     return root;
 }
 
-DiskNode ParallelRootState::root() const {
+DiskNode ParallelRootState::takeRoot() {
     std::lock_guard lock(mutex_);
-    return buildRoot(finishedVisible_, finishedBytes_, false);
+    return buildRoot(std::move(finishedVisible_), finishedBytes_, false);
 }
 
 int64_t ParallelRootState::totalFolders() const {

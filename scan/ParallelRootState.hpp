@@ -34,8 +34,9 @@ public:
     void finish(size_t index, ParallelChildResult result);
     void close();
 
-    // The finished root: kept children plus "Other", all finished bytes and counts.
-    DiskNode root() const;
+    // The finished root: kept children plus "Other" and all finished bytes. Moves the
+    // children out; call once, after every worker has returned.
+    DiskNode takeRoot();
     int64_t totalFolders() const;
     int64_t totalFiles() const;
 

@@ -1,6 +1,6 @@
 #pragma once
-// A finished scan: the tree, the volume's space (when it could be read) and the snapshot
-// built from both.
+// A finished scan: the snapshot (which holds the tree) and the volume's space when it
+// could be read. The tree is kept once, inside the snapshot: it can be large.
 
 #include <optional>
 
@@ -11,9 +11,10 @@
 namespace veldan {
 
 struct ScanOutcome {
-    DiskNode root;
-    std::optional<VolumeSpace> volume;
     ScanSnapshot snapshot;
+    std::optional<VolumeSpace> volume;
+
+    const DiskNode& root() const { return snapshot.root; }
 };
 
 }  // namespace veldan

@@ -60,7 +60,7 @@ ParallelChildResult SubtreeWalker::measure(int parentFd, const std::string& pare
         holder.role = Role::mapped;
         holder.flags = parentFlags;
         measureFile(holder, entry.name.c_str(), entry.name.size(), entry.status);
-        auto children = std::move(holder.children).finish(path_);
+        auto children = std::move(holder.children).finish(path_, DiskCategory::files);
         if (!children.empty() && !children.front().isSummary) result.node = std::move(children.front());
         result.bytes = holder.bytes;
         result.files = files_;
@@ -218,7 +218,9 @@ void SubtreeWalker::finishTop(ParallelChildResult& result) {
         folder.name = path_.substr(top.nameOffset);
         folder.bytes = top.bytes;
         folder.category = categoryForFlags(top.flags);
-        if (top.role == Role::mapped) folder.children = std::move(top.children).finish(path_);
+        if (top.role == Role::mapped) {
+            folder.children = std::move(top.children).finish(path_, folder.category);
+        }
         folder.isDirectory = true;
         folder.isPartial = top.incomplete;
         context_.discover(folder.path, folder.name, folder.bytes);
@@ -299,7 +301,7 @@ DiskNode SubtreeWalker::partialSnapshot() const {
             if (frame.role == Role::mapped) {
                 KeptChildren children = frame.children;
                 if (carried) children.keepLargest(std::move(*carried));
-                folder.children = std::move(children).finish(folder.path);
+                folder.children = std::move(children).finish(folder.path, folder.category);
             }
             node = std::move(folder);
         }

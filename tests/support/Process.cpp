@@ -1,7 +1,12 @@
 #include "tests/support/Process.hpp"
 
+#include "tests/support/Files.hpp"
+#include "tests/support/TempDir.hpp"
+
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <poll.h>
+#include <pty.h>
 #include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -93,9 +98,84 @@ ProcessResult runProcess(const std::vector<std::string>& argv, const ProcessOpti
     return result;
 }
 
+ProcessResult runInTerminal(const std::vector<std::string>& argv, const ProcessOptions& options,
+                            const std::string& interruptOn) {
+    std::vector<std::string> environment;
+    for (char** entry = environ; *entry; ++entry) {
+        const std::string text = *entry;
+        if (!options.environment.count(text.substr(0, text.find('=')))) environment.push_back(text);
+    }
+    for (const auto& [name, value] : options.environment) environment.push_back(name + "=" + value);
+    std::vector<char*> envp;
+    for (auto& text : environment) envp.push_back(text.data());
+    envp.push_back(nullptr);
+    std::vector<char*> args;
+    for (const auto& arg : argv) args.push_back(const_cast<char*>(arg.c_str()));
+    args.push_back(nullptr);
+
+    int master = -1;
+    struct winsize size{};
+    size.ws_col = 120;
+    size.ws_row = 40;
+    const pid_t pid = ::forkpty(&master, nullptr, nullptr, &size);
+    if (pid < 0) throw std::runtime_error("forkpty failed");
+    if (pid == 0) {
+        if (!options.workingFolder.empty() && ::chdir(options.workingFolder.c_str()) != 0) _exit(127);
+        ::execvpe(args[0], args.data(), envp.data());
+        _exit(127);
+    }
+    ProcessResult result;
+    bool interrupted = false;
+    const auto deadline = std::chrono::steady_clock::now() +
+                          std::chrono::milliseconds(static_cast<long>(options.timeoutSeconds * 1000));
+    for (;;) {
+        pollfd fd{master, POLLIN, 0};
+        if (std::chrono::steady_clock::now() > deadline) {
+            ::kill(pid, SIGKILL);
+            break;
+        }
+        if (::poll(&fd, 1, 100) < 0) break;
+        if (!(fd.revents & (POLLIN | POLLHUP | POLLERR))) continue;
+        char buffer[4096];
+        const ssize_t got = ::read(master, buffer, sizeof buffer);
+        if (got <= 0) break;  // EIO once the child closed the terminal
+        result.out.append(buffer, static_cast<size_t>(got));
+        if (!interrupted && !interruptOn.empty() && result.out.find(interruptOn) != std::string::npos) {
+            ::kill(pid, SIGINT);
+            interrupted = true;
+        }
+    }
+    ::close(master);
+    int status = 0;
+    ::waitpid(pid, &status, 0);
+    if (WIFEXITED(status)) result.exitCode = WEXITSTATUS(status);
+    if (WIFSIGNALED(status)) result.signal = WTERMSIG(status);
+    return result;
+}
+
 std::string veldanBinary() { return VELDAN_BINARY; }
 
+namespace {
+
+// The build folder may sit under a home that "nobody" cannot enter (/root), so the
+// program runs from a copy in a world-readable temporary folder, made once per process.
+std::string reachableCopy(const std::string& program) {
+    static std::map<std::string, std::string> copies;
+    static TempDir folder;
+    auto found = copies.find(program);
+    if (found != copies.end()) return found->second;
+    const std::string copy = folder.path() + "/" + std::to_string(copies.size()) + "-" +
+                             program.substr(program.rfind('/') + 1);
+    writeFile(copy, readFile(program));
+    ::chmod(copy.c_str(), 0755);
+    copies[program] = copy;
+    return copy;
+}
+
+}  // namespace
+
 std::vector<std::string> asNobody(std::vector<std::string> argv) {
+    if (!argv.empty() && !argv[0].empty() && argv[0][0] == '/') argv[0] = reachableCopy(argv[0]);
     std::vector<std::string> full = {"setpriv", "--reuid=nobody", "--regid=nogroup",
                                      "--clear-groups", "--"};
     full.insert(full.end(), argv.begin(), argv.end());

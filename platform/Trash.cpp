@@ -1,0 +1,195 @@
+#include "platform/Trash.hpp"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <ctime>
+
+#include "platform/ErrorText.hpp"
+#include "platform/FileStatus.hpp"
+#include "platform/MountPoints.hpp"
+#include "platform/Paths.hpp"
+#include "platform/TrashDirectorySizes.hpp"
+#include "platform/TrashFolder.hpp"
+#include "platform/TrashInfo.hpp"
+#include "platform/UniqueFd.hpp"
+
+namespace veldan::platform {
+
+namespace {
+
+constexpr std::string_view infoSuffix = ".trashinfo";
+constexpr size_t maximumNameBytes = 255;
+// "name", "name.2", "name.3", ...: far more than any Trash holds under one name.
+constexpr int maximumAttempts = 100000;
+
+TrashOutcome refused(std::string reason) {
+    return TrashOutcome{false, {}, std::move(reason)};
+}
+
+std::string withError(const char* sentenceStart, int error) {
+    return std::string(sentenceStart) + " (" + errorText(error) + ").";
+}
+
+// The name inside files/ for attempt `n`. The info file adds ".trashinfo", so long names
+// are shortened to fit, cutting before a UTF-8 continuation byte rather than inside a
+// character. The original name is kept whole in the info file's Path=.
+std::string trashName(const std::string& name, int attempt) {
+    const std::string suffix = attempt == 1 ? std::string() : "." + std::to_string(attempt);
+    const size_t room = maximumNameBytes - infoSuffix.size() - suffix.size();
+    std::string base = name;
+    if (base.size() > room) {
+        size_t cut = room;
+        while (cut > 0 && (static_cast<unsigned char>(base[cut]) & 0xC0) == 0x80)
+            --cut;
+        base.resize(cut);
+    }
+    return base + suffix;
+}
+
+bool writeAll(int fd, const std::string& text) {
+    size_t written = 0;
+    while (written < text.size()) {
+        const ssize_t n = ::write(fd, text.data() + written, text.size() - written);
+        if (n < 0 && errno == EINTR) continue;
+        if (n <= 0) return false;
+        written += static_cast<size_t>(n);
+    }
+    return true;
+}
+
+bool sameItem(const FileStatus& status, uint64_t device, uint64_t inode) {
+    return status.device == device && status.inode == inode;
+}
+
+// Path= is absolute for the home trash and relative to the top directory for a
+// volume's trash, so the volume can be mounted elsewhere and still be restored.
+std::string originalLocation(const TrashFolder& trash, const std::string& parent,
+                             const std::string& name) {
+    const std::string full = joinPath(parent, name);
+    if (trash.topdir.empty()) return full;
+    if (trash.topdir == "/") return full.substr(1);
+    return full.substr(trash.topdir.size() + 1);
+}
+
+struct MoveRequest {
+    int parentFd;
+    const std::string& parent;  // resolved path of parentFd
+    const std::string& name;
+    uint64_t device;
+    uint64_t inode;
+};
+
+// Reserves a name with the info file, checks the item once more and renames it.
+TrashOutcome moveInto(const TrashFolder& trash, const MoveRequest& request) {
+    const std::string info =
+        trashInfoText(originalLocation(trash, request.parent, request.name), std::time(nullptr));
+    for (int attempt = 1; attempt <= maximumAttempts; ++attempt) {
+        const std::string name = trashName(request.name, attempt);
+        const std::string infoName = name + std::string(infoSuffix);
+        UniqueFd infoFile(::openat(trash.info.get(), infoName.c_str(),
+                                   O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600));
+        if (!infoFile) {
+            if (errno == EEXIST) continue;
+            return refused(withError("Could not record the item in the Trash", errno));
+        }
+        auto forget = [&] { ::unlinkat(trash.info.get(), infoName.c_str(), 0); };
+        if (!writeAll(infoFile.get(), info)) {
+            const int error = errno;
+            forget();
+            return refused(withError("Could not record the item in the Trash", error));
+        }
+        struct stat infoStatus {};
+        ::fstat(infoFile.get(), &infoStatus);
+        infoFile.reset();
+
+        int error = 0;
+        auto now = statAt(request.parentFd, request.name.c_str(), false, error);
+        if (!now || !sameItem(*now, request.device, request.inode)) {
+            forget();
+            return refused("The item changed just before the move, so it stayed in place.");
+        }
+        int moved = ::renameat2(request.parentFd, request.name.c_str(), trash.files.get(),
+                                name.c_str(), RENAME_NOREPLACE);
+        if (moved != 0 && errno == EINVAL) {
+            // A file system without RENAME_NOREPLACE: the info file reserved the name and
+            // files/ is private to this user, so only a leftover can be in the way.
+            if (statAt(trash.files.get(), name.c_str(), false, error) || error != ENOENT) {
+                errno = EEXIST;
+            } else {
+                moved = ::renameat(request.parentFd, request.name.c_str(), trash.files.get(),
+                                   name.c_str());
+            }
+        }
+        if (moved != 0) {
+            const int renameError = errno;
+            forget();
+            if (renameError == EEXIST || renameError == ENOTEMPTY) continue;
+            if (renameError == EXDEV) {
+                return refused(
+                    "The item is on another mount than its Trash, so it stayed in place.");
+            }
+            return refused(withError("Could not move the item to Trash", renameError));
+        }
+        if (now->isDirectory()) {
+            recordDirectorySize(trash.folder.get(), name,
+                                diskUsageAt(trash.files.get(), name.c_str()),
+                                infoStatus.st_mtim.tv_sec);
+        }
+        return TrashOutcome{true, joinPath(joinPath(trash.path, "files"), name), {}};
+    }
+    return refused("The Trash already holds too many items with this name.");
+}
+
+}  // namespace
+
+TrashOutcome Trash::moveItem(int parentFd, const std::string& parentPath, const std::string& name,
+                             std::optional<ItemIdentity> expected) {
+    if (name.empty() || name == "." || name == ".." || name.find('/') != std::string::npos) {
+        return refused("Only a named item inside a folder can be moved to Trash.");
+    }
+    int error = 0;
+    auto parentStatus = statDescriptor(parentFd, error);
+    const std::string parent = resolveSymlinks(parentPath);
+    auto named = statPath(parent, true);
+    if (!parentStatus || !named || !sameItem(*named, parentStatus->device, parentStatus->inode)) {
+        return refused("The folder that holds the item changed, so it stayed in place.");
+    }
+    auto item = statAt(parentFd, name.c_str(), false, error);
+    if (!item) return refused("The item no longer exists, so nothing was moved to Trash.");
+    if (expected && !sameItem(*item, expected->device, expected->inode)) {
+        return refused("The item changed just before the move, so it stayed in place.");
+    }
+    const MoveRequest request{parentFd, parent, name, item->device, item->inode};
+
+    std::string problem;
+    std::optional<TrashFolder> trash;
+    if (homeTrashDevice() == item->device) {
+        trash = openHomeTrash(problem);
+    } else {
+        trash = openVolumeTrash(mountPointOf(parent), ::getuid(), problem);
+    }
+    if (!trash) {
+        return refused("No usable Trash exists on the file system that holds the item (" + problem +
+                       "), so it stayed in place.");
+    }
+    return moveInto(*trash, request);
+}
+
+TrashOutcome Trash::moveItem(const std::string& path, std::optional<ItemIdentity> expected) {
+    const std::string standardized = standardizePath(path);
+    const std::string name(lastPathComponent(standardized));
+    if (standardized.empty() || standardized.front() != '/' || name.empty()) {
+        return refused("Only a named item inside a folder can be moved to Trash.");
+    }
+    const std::string parent = parentPath(standardized);
+    int error = 0;
+    UniqueFd parentFd = openDirectory(parent, error);
+    if (!parentFd) return refused("The item no longer exists, so nothing was moved to Trash.");
+    return moveItem(parentFd.get(), parent, name, expected);
+}
+
+}  // namespace veldan::platform

@@ -1,0 +1,40 @@
+#pragma once
+// The Trash folders an item can go to, opened (and created when missing) the way the
+// freedesktop.org Trash specification describes: the home trash for items on the home
+// trash's device, otherwise a per-volume folder in the volume's top directory.
+//
+// Contract: single calls on the caller's thread; a folder that cannot be used comes back
+// empty with `problem` set to why (errno text), never half-open.
+
+#include <sys/types.h>
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "platform/UniqueFd.hpp"
+
+namespace veldan::platform {
+
+struct TrashFolder {
+    std::string path;    // the Trash folder itself
+    std::string topdir;  // the volume's top directory; empty for the home trash
+    UniqueFd folder;     // `path`
+    UniqueFd files;      // `path`/files
+    UniqueFd info;       // `path`/info
+};
+
+// The device of $XDG_DATA_HOME/Trash, or of its nearest existing ancestor when it does
+// not exist yet (it is created on that device when first used).
+std::optional<uint64_t> homeTrashDevice();
+
+// $XDG_DATA_HOME/Trash with files/ and info/, created with mode 700 where missing.
+std::optional<TrashFolder> openHomeTrash(std::string& problem);
+
+// $topdir/.Trash/$uid when $topdir/.Trash is a folder with the sticky bit and not a
+// symbolic link; otherwise $topdir/.Trash-$uid. Either is used only when it is a real
+// folder owned by `uid`; missing ones are created with mode 700.
+std::optional<TrashFolder> openVolumeTrash(const std::string& topdir, uid_t uid,
+                                           std::string& problem);
+
+}  // namespace veldan::platform

@@ -1,0 +1,344 @@
+#include "scan/DiskScanner.hpp"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <thread>
+
+#include "platform/FileStatus.hpp"
+#include "scan/ScanIssueReason.hpp"
+#include "tests/scan/IndependentWalk.hpp"
+#include "tests/scan/ScanTestSupport.hpp"
+#include "tests/scan/TreeGenerator.hpp"
+#include "tests/support/Files.hpp"
+#include "tests/support/TempDir.hpp"
+
+namespace veldan {
+
+using test::findNode;
+using test::scanned;
+
+TEST(DiskScanner, RootTotalMatchesAnIndependentWalkToTheByte) {
+    for (unsigned seed : {1u, 2u, 3u}) {
+        test::TempDir dir;
+        test::generateTree(dir.path(), seed);
+        const auto expected = test::independentWalk(dir.path());
+        const auto snapshot = scanned(dir.path(), test::settingsWithHome(dir / "home"));
+        EXPECT_EQ(snapshot.root.bytes, expected.bytes) << "seed " << seed;
+        EXPECT_EQ(snapshot.visitedFileCount, expected.files) << "seed " << seed;
+        EXPECT_EQ(snapshot.visitedFolderCount, expected.folders) << "seed " << seed;
+        EXPECT_EQ(snapshot.unreadableItems, 0) << "seed " << seed;
+        test::expectWellFormed(snapshot.root);
+        EXPECT_EQ(snapshot.discoveredDirectories.at(dir.path()), expected.bytes);
+    }
+}
+
+TEST(DiskScanner, EighteenEqualFilesKeepSeventeenAndAnOtherSummary) {
+    test::TempDir dir;
+    for (int i = 0; i < 18; ++i) test::writeFileOfSize(dir / ("f" + std::to_string(10 + i)), 8192);
+    const auto snapshot = scanned(dir.path());
+    const auto& children = snapshot.root.children;
+    ASSERT_EQ(children.size(), 18u);
+    // Equal bytes order by path, and "__other" sorts before "f10".
+    const DiskNode& other = children[0];
+    EXPECT_TRUE(other.isSummary);
+    EXPECT_EQ(other.bytes, test::allocatedBytes(dir / "f27"));
+    EXPECT_EQ(other.path, dir / "__other");
+    EXPECT_EQ(other.excludedPaths.count(dir / "f27"), 0u);
+    EXPECT_EQ(other.excludedPaths.size(), 17u);
+    EXPECT_EQ(children[1].name, "f10");
+    EXPECT_EQ(children[17].name, "f26");
+}
+
+TEST(DiskScanner, HardLinksAcrossTopLevelFoldersAreChargedOnce) {
+    test::TempDir dir;
+    test::makeFolders(dir / "a");
+    test::makeFolders(dir / "b");
+    test::writeFileOfSize(dir / "a/data", 300'000);
+    test::makeHardLink(dir / "a/data", dir / "b/same");
+    test::makeHardLink(dir / "a/data", dir / "a/again");
+    const auto snapshot = scanned(dir.path());
+    EXPECT_EQ(snapshot.root.bytes, test::allocatedBytes(dir / "a/data"));
+    EXPECT_EQ(snapshot.visitedFileCount, 3);
+}
+
+TEST(DiskScanner, FoldersBelowDepthFiveBecomeWholeNodesWithTheirFullSize) {
+    test::TempDir dir;
+    const std::string deep = dir / "1/2/3/4/5/6/7/8";
+    test::makeFolders(deep);
+    test::writeFileOfSize(deep + "/file", 50'000);
+    test::writeFileOfSize(dir / "1/2/3/4/5/file5", 10'000);
+    const auto snapshot = scanned(dir.path());
+    const DiskNode* five = findNode(snapshot.root, dir / "1/2/3/4/5");
+    ASSERT_NE(five, nullptr);
+    EXPECT_EQ(five->children.size(), 2u);  // the depth-6 folder and file5
+    const DiskNode* six = findNode(snapshot.root, dir / "1/2/3/4/5/6");
+    ASSERT_NE(six, nullptr);
+    EXPECT_TRUE(six->isDirectory);
+    EXPECT_TRUE(six->children.empty());
+    EXPECT_EQ(six->bytes, test::allocatedBytes(deep + "/file"));
+    EXPECT_EQ(snapshot.visitedFolderCount, 9);
+}
+
+TEST(DiskScanner, OpaqueFoldersAreMeasuredWholeAndTrackedOnesAreDiscovered) {
+    test::TempDir dir;
+    test::generateTree(dir.path(), 7, 1);
+    test::makeFolders(dir / "notes/target/inner");
+    test::writeFileOfSize(dir / "notes/target/inner/x", 4096);
+    const auto snapshot = scanned(dir.path(), test::settingsWithHome(dir / "home"));
+    for (const char* opaque : {"proj/node_modules", "proj/.git", "rust/target", "py/.venv"}) {
+        const DiskNode* node = findNode(snapshot.root, dir / opaque);
+        ASSERT_NE(node, nullptr) << opaque;
+        EXPECT_TRUE(node->children.empty()) << opaque;
+        EXPECT_GT(node->bytes, 0) << opaque;
+    }
+    const DiskNode* mapped = findNode(snapshot.root, dir / "notes/target");
+    ASSERT_NE(mapped, nullptr);
+    EXPECT_EQ(mapped->children.size(), 1u);  // no Cargo.toml beside it: mapped as usual
+    EXPECT_EQ(snapshot.discoveredDirectories.at(dir / "proj/node_modules"),
+              findNode(snapshot.root, dir / "proj/node_modules")->bytes);
+    EXPECT_EQ(findNode(snapshot.root, dir / "proj/node_modules")->category, DiskCategory::build);
+}
+
+TEST(DiskScanner, RecommendationFoldersUnderTheHomeAreDiscovered) {
+    test::TempDir dir;
+    test::makeFolders(dir / "home/.cache/uv/wheels");
+    test::writeFileOfSize(dir / "home/.cache/uv/wheels/w", 20'000);
+    test::makeFolders(dir / "home/Library/Caches/app");
+    test::writeFileOfSize(dir / "home/Library/Caches/app/c", 30'000);
+    const auto snapshot = scanned(dir.path(), test::settingsWithHome(dir / "home"));
+    EXPECT_EQ(snapshot.discoveredDirectories.at(dir / "home/.cache/uv"),
+              test::allocatedBytes(dir / "home/.cache/uv/wheels/w"));
+    EXPECT_EQ(snapshot.discoveredDirectories.at(dir / "home/Library/Caches"),
+              test::allocatedBytes(dir / "home/Library/Caches/app/c"));
+    EXPECT_EQ(snapshot.discoveredDirectories.count(dir / "home/Library"), 0u);
+    EXPECT_EQ(findNode(snapshot.root, dir / "home/Library/Caches")->category, DiskCategory::safe);
+}
+
+TEST(DiskScanner, TreesDeeperThanPathMaxAreMeasuredRelativeToFolders) {
+    test::TempDir dir;
+    int fd = ::open(dir.path().c_str(), O_RDONLY | O_DIRECTORY);
+    const std::string name(60, 'd');
+    const int levels = 150;  // about 9,000 bytes of path, more than twice PATH_MAX
+    for (int i = 0; i < levels; ++i) {
+        ASSERT_EQ(::mkdirat(fd, name.c_str(), 0755), 0);
+        const int next = ::openat(fd, name.c_str(), O_RDONLY | O_DIRECTORY);
+        ::close(fd);
+        fd = next;
+    }
+    const int file = ::openat(fd, "bottom", O_WRONLY | O_CREAT, 0644);
+    const std::string data(20'000, 'x');
+    ASSERT_EQ(::write(file, data.data(), data.size()), static_cast<ssize_t>(data.size()));
+    struct stat status{};
+    ::fstat(file, &status);
+    ::close(file);
+    ::close(fd);
+    const auto snapshot = scanned(dir.path());
+    EXPECT_EQ(snapshot.root.bytes, static_cast<int64_t>(status.st_blocks) * 512);
+    EXPECT_EQ(snapshot.visitedFolderCount, levels + 1);
+    EXPECT_EQ(snapshot.visitedFileCount, 1);
+    EXPECT_EQ(snapshot.unreadableItems, 0);
+}
+
+TEST(DiskScanner, HostileNamesKeepTheirExactBytes) {
+    test::TempDir dir;
+    const std::vector<std::string> names = {"it's \"quoted\"", "line\nbreak", "bad\xff\xfe utf8",
+                                            "-rf", "$(touch pwned)", "tab\there"};
+    for (const auto& name : names) test::writeFileOfSize(dir / name, 5000);
+    test::makeFolders(dir / "dir\nwith\x80newline");
+    test::writeFileOfSize(dir / "dir\nwith\x80newline/inside", 5000);
+    const auto snapshot = scanned(dir.path());
+    for (const auto& name : names) {
+        const DiskNode* node = findNode(snapshot.root, dir / name);
+        ASSERT_NE(node, nullptr) << name;
+        EXPECT_EQ(node->name, name);
+    }
+    ASSERT_NE(findNode(snapshot.root, dir / "dir\nwith\x80newline/inside"), nullptr);
+    EXPECT_FALSE(test::exists(dir / "pwned"));
+}
+
+TEST(DiskScanner, LinksAreNeverFollowedAndSpecialFilesCountAsEmptyFiles) {
+    test::TempDir dir;
+    test::makeFolders(dir / "real");
+    test::writeFileOfSize(dir / "real/data", 100'000);
+    test::makeSymlink(dir / "real", dir / "alias");
+    test::makeSymlink(".", dir / "real/self");
+    test::makeSymlink("/", dir / "real/root");
+    ASSERT_EQ(::mkfifo((dir / "real/pipe").c_str(), 0644), 0);
+    const auto snapshot = scanned(dir.path());
+    EXPECT_EQ(snapshot.root.bytes, test::independentWalk(dir.path()).bytes);
+    EXPECT_EQ(snapshot.visitedFileCount, 5);  // data, two links inside, the pipe, alias
+    const DiskNode* alias = findNode(snapshot.root, dir / "alias");
+    ASSERT_NE(alias, nullptr);
+    EXPECT_FALSE(alias->isDirectory);
+}
+
+TEST(DiskScanner, AllocatedSizeOfSparseFilesNotTheirLength) {
+    test::TempDir dir;
+    test::writeSparseFile(dir / "sparse", int64_t{1} << 33);  // 8 GiB long, no blocks
+    const auto snapshot = scanned(dir.path());
+    EXPECT_EQ(snapshot.root.bytes, test::allocatedBytes(dir / "sparse"));
+    EXPECT_LT(snapshot.root.bytes, 1'000'000);
+    EXPECT_TRUE(snapshot.largestFiles.empty());
+}
+
+TEST(DiskScanner, LargestFilesListsFilesOfAHundredMegabytesOrMore) {
+    test::TempDir dir;
+    test::makeFolders(dir / "x");
+    for (const char* name : {"x/big", "small"}) {
+        const int fd = ::open((dir / name).c_str(), O_WRONLY | O_CREAT, 0644);
+        ASSERT_EQ(::posix_fallocate(fd, 0, std::string(name) == "small" ? 50'000'000 : 120'000'000), 0);
+        ::close(fd);
+    }
+    const auto snapshot = scanned(dir.path());
+    ASSERT_EQ(snapshot.largestFiles.size(), 1u);
+    EXPECT_EQ(snapshot.largestFiles[0].path, dir / "x/big");
+    EXPECT_EQ(snapshot.largestFiles[0].bytes, test::allocatedBytes(dir / "x/big"));
+}
+
+TEST(DiskScanner, FilesVanishingMidScanAreRecordedAndTheScanCompletes) {
+    test::TempDir dir;
+    const int count = 20'000;
+    for (int i = 0; i < count; ++i) test::writeFile(dir / ("v" + std::to_string(i)), "");
+    // Several attempts: a deletion has to land between a listing and its status call.
+    bool sawVanished = false;
+    for (int attempt = 0; attempt < 5 && !sawVanished; ++attempt) {
+        std::atomic<bool> stop{false};
+        std::thread remover([&] {
+            for (int i = count - 1; i >= 0 && !stop; --i) ::unlink((dir / ("v" + std::to_string(i))).c_str());
+        });
+        const auto snapshot = scanned(dir.path());
+        stop = true;
+        remover.join();
+        if (snapshot.unreadablePaths.empty()) {
+            for (int i = 0; i < count; ++i) test::writeFile(dir / ("v" + std::to_string(i)), "");
+            continue;
+        }
+        sawVanished = true;
+        for (const auto& path : snapshot.unreadablePaths) {
+            EXPECT_EQ(snapshot.unreadableReasons->at(path), ScanIssueReason::vanished);
+        }
+    }
+    EXPECT_TRUE(sawVanished);
+}
+
+TEST(DiskScanner, CancellationReturnsNothingAndNoPartialArrivesAfterwards) {
+    test::TempDir dir;
+    for (int top = 0; top < 8; ++top) {
+        for (int i = 0; i < 400; ++i) {
+            test::makeFolders(dir / ("t" + std::to_string(top)));
+            test::writeFile(dir / ("t" + std::to_string(top) + "/f" + std::to_string(i)), "data");
+        }
+    }
+    ScanCancellation cancelled;
+    cancelled.cancel();
+    EXPECT_FALSE(DiskScanner().scan(dir.path(), cancelled).has_value());
+
+    ScanCancellation cancellation;
+    std::atomic<bool> returned{false};
+    std::atomic<int> lateCalls{0};
+    auto outcome = DiskScanner().scan(
+        dir.path(), cancellation,
+        [&](const std::string&, int64_t, int64_t) { cancellation.cancel(); },
+        [&](const DiskNode&) {
+            if (returned) ++lateCalls;
+        });
+    returned = true;
+    EXPECT_FALSE(outcome.has_value());
+    std::this_thread::sleep_for(std::chrono::milliseconds(500));
+    EXPECT_EQ(lateCalls, 0);
+}
+
+TEST(DiskScanner, PartialRootsArriveMarkedPartialWhileTheScanRuns) {
+    test::TempDir dir;
+    for (int top = 0; top < 6; ++top) {
+        test::makeFolders(dir / ("t" + std::to_string(top)));
+        for (int i = 0; i < 300; ++i) {
+            test::writeFileOfSize(dir / ("t" + std::to_string(top) + "/f" + std::to_string(i)), 4096);
+        }
+    }
+    ScanCancellation cancellation;
+    std::atomic<bool> returned{false};
+    std::atomic<int> partials{0};
+    std::atomic<int> badPartials{0};
+    // A slow progress receiver stretches the scan past the partial interval.
+    auto outcome = DiskScanner().scan(
+        dir.path(), cancellation,
+        [&](const std::string&, int64_t, int64_t) { std::this_thread::sleep_for(std::chrono::milliseconds(150)); },
+        [&](const DiskNode& root) {
+            ++partials;
+            if (returned || !root.isPartial || root.path != dir.path()) ++badPartials;
+        });
+    returned = true;
+    ASSERT_TRUE(outcome.has_value());
+    EXPECT_FALSE(outcome->root().isPartial);
+    EXPECT_GT(partials, 0);
+    EXPECT_EQ(badPartials, 0);
+}
+
+TEST(DiskScanner, SubtreeAndRemainderUseTheSameWalk) {
+    test::TempDir dir;
+    for (int top = 0; top < 4; ++top) {
+        const std::string folder = dir / ("top" + std::to_string(top) + "/inner");
+        test::makeFolders(folder);
+        for (int i = 0; i <= top; ++i) test::writeFileOfSize(folder + "/f" + std::to_string(i), 10'000 * (i + 1));
+    }
+    const DiskScanner scanner(test::settingsWithHome(dir / "home"));
+    ScanCancellation cancellation;
+    const auto full = scanner.scan(dir.path(), cancellation);
+    ASSERT_TRUE(full.has_value());
+
+    const auto subtree = scanner.scanSubtree(dir / "top2", cancellation);
+    ASSERT_TRUE(subtree.has_value());
+    EXPECT_EQ(subtree->node.bytes, findNode(full->root(), dir / "top2")->bytes);
+    EXPECT_EQ(subtree->node.path, dir / "top2");
+
+    // A stopped scan: one finished child, one partial one. The finished child is taken as
+    // it stands (its bytes are marked to prove it), the partial one is measured again.
+    DiskNode partial = full->root();
+    partial.isPartial = true;
+    partial.children.erase(std::remove_if(partial.children.begin(), partial.children.end(),
+                                          [&](const DiskNode& n) { return n.path != dir / "top0" && n.path != dir / "top1"; }),
+                           partial.children.end());
+    ASSERT_EQ(partial.children.size(), 2u);
+    const int64_t top0 = findNode(full->root(), dir / "top0")->bytes;
+    for (auto& child : partial.children) {
+        if (child.path == dir / "top0") child.bytes += 1;
+        if (child.path == dir / "top1") child.isPartial = true;
+    }
+    const auto completed = scanner.scanRemainder(partial, dir.path(), cancellation);
+    ASSERT_TRUE(completed.has_value());
+    EXPECT_EQ(completed->root().bytes, full->root().bytes + 1);
+    EXPECT_EQ(findNode(completed->root(), dir / "top0")->bytes, top0 + 1);
+    EXPECT_EQ(findNode(completed->root(), dir / "top1")->bytes, findNode(full->root(), dir / "top1")->bytes);
+    EXPECT_FALSE(completed->root().isPartial);
+}
+
+TEST(DiskScanner, WholeDiskScansAlsoEnterTheHomeFoldersDevice) {
+    test::TempDir dir;
+    const auto shm = platform::statPath("/dev/shm", true);
+    const auto tmp = platform::statPath(dir.path(), true);
+    ASSERT_TRUE(shm && tmp);
+    const DiskScanner startup(test::settingsWithHome("/dev/shm"));
+    const auto devices = startup.allowedDevices("/");
+    EXPECT_EQ(devices.count(shm->device), 1u);
+    EXPECT_EQ(startup.allowedDevices(dir.path()), std::set<uint64_t>{tmp->device});
+}
+
+TEST(DiskScanner, RootProblemsAreOneSentence) {
+    test::TempDir dir;
+    test::writeFile(dir / "file", "x");
+    EXPECT_EQ(DiskScanner::rootProblem(dir.path()), std::nullopt);
+    const auto missing = DiskScanner::rootProblem(dir / "missing");
+    ASSERT_TRUE(missing.has_value());
+    EXPECT_NE(missing->find("Nothing exists at"), std::string::npos);
+    EXPECT_EQ(missing->back(), '.');
+    const auto notFolder = DiskScanner::rootProblem(dir / "file");
+    ASSERT_TRUE(notFolder.has_value());
+    EXPECT_NE(notFolder->find("is not a folder"), std::string::npos);
+}
+
+}  // namespace veldan
