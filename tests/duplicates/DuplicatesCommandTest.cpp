@@ -240,12 +240,13 @@ TEST_F(DuplicatesCommandTest, FolderThatCannotBeSearchedGivesOneSentence) {
 }
 
 TEST_F(DuplicatesCommandTest, InterruptStopsTheSearchWithNoResult) {
-    // Sparse gigabytes: the whole-file hash takes seconds, the interrupt comes at 0.5 s.
+    // Sparse gigabytes: hashing them whole takes seconds; the interrupt comes after one,
+    // long after the handler is in place even on a slow machine.
     for (const char* name : {"a", "b", "c", "d"})
-        test::writeSparseFile(path(name), 2'000'000'000);
+        test::writeSparseFile(path(name), 4'000'000'000);
     test::ProcessOptions options;
     options.environment = home_.environment();
-    const auto result = test::runProcess({"timeout", "--preserve-status", "-s", "INT", "0.5",
+    const auto result = test::runProcess({"timeout", "--preserve-status", "-s", "INT", "1",
                                           test::veldanBinary(), "duplicates", dir_.path()},
                                          options);
     EXPECT_EQ(result.exitCode, 130);
