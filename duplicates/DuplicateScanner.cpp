@@ -157,11 +157,49 @@ bool readExactly(int fd, int64_t offset, size_t count, unsigned char* buffer,
     return true;
 }
 
-bool matchesNow(const DuplicateFile& file, int fd) {
+bool descriptorUnchanged(const DuplicateFile& file, int fd) {
     int error = 0;
-    const auto status =
-        fd >= 0 ? platform::statDescriptor(fd, error) : platform::statPath(file.path, false, error);
+    const auto status = platform::statDescriptor(fd, error);
     return status && DuplicateScanner::metadataMatches(file, *status);
+}
+
+// The reported groups: members that still match their snapshot (the others count as
+// unreadable), at least two of them, not one family of untouched clones; files in
+// Finder order, groups by extra bytes (most first) and then id.
+std::vector<DuplicateGroup> buildGroups(const std::vector<DuplicateCandidate>& candidates,
+                                        const DigestGroups& digestGroups,
+                                        const ClonedFileSpace::Query& cloneQuery,
+                                        int64_t& unreadable) {
+    std::vector<DuplicateGroup> groups;
+    for (const auto& [key, members] : digestGroups) {
+        DuplicateGroup group;
+        for (size_t index : members) {
+            const DuplicateFile& file = candidates[index].file;
+            if (DuplicateScanner::isUnchanged(file)) {
+                group.files.push_back(file);
+            } else {
+                ++unreadable;
+            }
+        }
+        if (group.files.size() < 2) continue;
+        if (cloneQuery ? DuplicateScanner::areUnchangedClones(group.files, cloneQuery)
+                       : DuplicateScanner::areUnchangedClones(group.files)) {
+            continue;
+        }
+        std::sort(group.files.begin(), group.files.end(), finderOrder);
+        group.bytesPerFile = key.size;
+        group.digest = key.digest;
+        group.id =
+            std::to_string(key.size) + "-" + platform::base64(key.digest.data(), key.digest.size());
+        groups.push_back(std::move(group));
+    }
+    std::sort(groups.begin(), groups.end(), [](const DuplicateGroup& a, const DuplicateGroup& b) {
+        const int64_t extraA = a.extraBytes();
+        const int64_t extraB = b.extraBytes();
+        if (extraA != extraB) return extraA > extraB;
+        return a.id < b.id;
+    });
+    return groups;
 }
 
 }  // namespace
@@ -204,35 +242,7 @@ std::optional<DuplicateScanResult> DuplicateScanner::scan(
     if (cancellation.cancelled()) return std::nullopt;
 
     DuplicateScanResult result;
-    for (const auto& [key, members] : fullGroups) {
-        DuplicateGroup group;
-        for (size_t index : members) {
-            const DuplicateFile& file = verifying[index].file;
-            if (matchesNow(file, -1)) {
-                group.files.push_back(file);
-            } else {
-                ++unreadable;
-            }
-        }
-        if (group.files.size() < 2) continue;
-        if (cloneQuery_ ? areUnchangedClones(group.files, cloneQuery_)
-                        : areUnchangedClones(group.files)) {
-            continue;
-        }
-        std::sort(group.files.begin(), group.files.end(), finderOrder);
-        group.bytesPerFile = key.size;
-        group.digest = key.digest;
-        group.id =
-            std::to_string(key.size) + "-" + platform::base64(key.digest.data(), key.digest.size());
-        result.groups.push_back(std::move(group));
-    }
-    std::sort(result.groups.begin(), result.groups.end(),
-              [](const DuplicateGroup& a, const DuplicateGroup& b) {
-                  const int64_t extraA = a.extraBytes();
-                  const int64_t extraB = b.extraBytes();
-                  if (extraA != extraB) return extraA > extraB;
-                  return a.id < b.id;
-              });
+    result.groups = buildGroups(verifying, fullGroups, cloneQuery_, unreadable);
     for (const auto& group : result.groups) {
         result.extraBytes = saturatingAdd(result.extraBytes, group.extraBytes());
         for (const auto& file : group.files)
@@ -278,11 +288,17 @@ bool DuplicateScanner::metadataMatches(const DuplicateFile& file,
            status.created.nanoseconds == file.createdNanoseconds;
 }
 
+bool DuplicateScanner::isUnchanged(const DuplicateFile& file) {
+    int error = 0;
+    const auto status = platform::statPath(file.path, false, error);
+    return status && metadataMatches(file, *status);
+}
+
 std::optional<Sha256Digest> DuplicateScanner::hash(const DuplicateFile& file, bool sampled,
                                                    const ScanCancellation& cancellation) {
-    if (!matchesNow(file, -1)) return std::nullopt;
+    if (!DuplicateScanner::isUnchanged(file)) return std::nullopt;
     platform::UniqueFd fd(::open(file.path.c_str(), O_RDONLY | O_NOFOLLOW | O_NOCTTY | O_CLOEXEC));
-    if (!fd || !matchesNow(file, fd.get())) return std::nullopt;
+    if (!fd || !descriptorUnchanged(file, fd.get())) return std::nullopt;
 
     // One buffer per thread: hashing threads live for one phase, and a caller that hashes
     // one file after another reuses it.
@@ -312,7 +328,8 @@ std::optional<Sha256Digest> DuplicateScanner::hash(const DuplicateFile& file, bo
             offset += static_cast<int64_t>(chunk);
         }
     }
-    if (cancellation.cancelled() || !matchesNow(file, fd.get()) || !matchesNow(file, -1)) {
+    if (cancellation.cancelled() || !descriptorUnchanged(file, fd.get()) ||
+        !DuplicateScanner::isUnchanged(file)) {
         return std::nullopt;
     }
     return digest.finish();

@@ -61,6 +61,8 @@ class DuplicateScanner {
     // True when `status` describes a regular file whose device, inode, size and
     // modification, change and birth times (seconds and nanoseconds) equal the snapshot.
     static bool metadataMatches(const DuplicateFile& file, const platform::FileStatus& status);
+    // A fresh lstat of the file's path matches its snapshot.
+    static bool isUnchanged(const DuplicateFile& file);
 
     // SHA-256 of the sampled or the entire content of `file`, or nothing when the file
     // differs from its snapshot before or after reading, a read fails or comes up short,

@@ -4,6 +4,7 @@
 #include <array>
 #include <string_view>
 
+#include "duplicates/DuplicateWalkRules.hpp"
 #include "platform/Collation.hpp"
 #include "platform/Paths.hpp"
 #include "platform/UserFolders.hpp"
@@ -12,6 +13,7 @@ namespace veldan {
 
 namespace {
 
+// System and application locations of a Mac.
 constexpr std::array<std::string_view, 8> systemPrefixes = {
     "/System", "/Library", "/Applications", "/private", "/usr", "/bin", "/sbin", "/dev",
 };
@@ -25,11 +27,6 @@ constexpr std::array<std::string_view, 11> linuxSystemPrefixes = {
     "/boot", "/proc", "/sys", "/opt",   "/snap",
 };
 
-constexpr std::array<std::string_view, 10> packageExtensions = {
-    "app",       "bundle",       "framework", "photoslibrary", "photolibrary",
-    "aplibrary", "musiclibrary", "tvlibrary", "ituneslibrary", "sparsebundle",
-};
-
 constexpr int finderOnlyScore = 1000;
 constexpr int maximumCountedComponents = 20;
 
@@ -37,10 +34,10 @@ bool startsWith(std::string_view text, std::string_view prefix) {
     return text.size() >= prefix.size() && text.substr(0, prefix.size()) == prefix;
 }
 
+// The same application and media packages the search never enters.
 bool isPackageComponent(std::string_view component) {
     const std::string extension = platform::pathExtension(component);
-    return !extension.empty() && std::find(packageExtensions.begin(), packageExtensions.end(),
-                                           extension) != packageExtensions.end();
+    return !extension.empty() && DuplicateWalkRules::isSkippedPackage(extension);
 }
 
 std::string lowercaseAscii(std::string_view text) {

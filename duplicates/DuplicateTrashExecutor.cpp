@@ -9,7 +9,6 @@
 #include <utility>
 
 #include "duplicates/DuplicateScanner.hpp"
-#include "platform/FileStatus.hpp"
 #include "platform/Paths.hpp"
 #include "platform/Trash.hpp"
 #include "platform/UniqueFd.hpp"
@@ -32,12 +31,6 @@ constexpr const char* movedDetail = "Moved to Trash";
 int64_t saturatingAdd(int64_t a, int64_t b) {
     int64_t sum = 0;
     return __builtin_add_overflow(a, b, &sum) ? std::numeric_limits<int64_t>::max() : sum;
-}
-
-bool unchanged(const DuplicateFile& file) {
-    int error = 0;
-    const auto status = platform::statPath(file.path, false, error);
-    return status && DuplicateScanner::metadataMatches(file, *status);
 }
 
 // A full hash that only a change of the file can stop: the move is never cancelled
@@ -103,7 +96,7 @@ DuplicateTrashOutcome handle(const DuplicateGroup& group, const DuplicateFile& f
     if (!DuplicateTrashExecutor::hasVerifiedKeeper(unselected, cachedKeeper, group.digest)) {
         return {file.path, false, noKeeper};
     }
-    if (!unchanged(file)) return {file.path, false, changedWhileChecking};
+    if (!DuplicateScanner::isUnchanged(file)) return {file.path, false, changedWhileChecking};
     return moveToTrash(file);
 }
 
@@ -148,7 +141,7 @@ DuplicateTrashReport DuplicateTrashExecutor::run(const DuplicateScanResult& resu
 bool DuplicateTrashExecutor::hasVerifiedKeeper(const std::vector<DuplicateFile>& files,
                                                std::optional<DuplicateFile>& cached,
                                                const platform::Sha256Digest& digest) {
-    if (cached && unchanged(*cached)) return true;
+    if (cached && DuplicateScanner::isUnchanged(*cached)) return true;
     cached.reset();
     for (const auto& file : files) {
         const auto keeperDigest = fullDigest(file);
