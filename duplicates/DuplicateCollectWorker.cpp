@@ -6,6 +6,7 @@
 #include <string_view>
 #include <utility>
 
+#include "duplicates/DuplicateScanner.hpp"
 #include "platform/FileStatus.hpp"
 #include "platform/Paths.hpp"
 #include "platform/UniqueFd.hpp"
@@ -106,7 +107,7 @@ void DuplicateCollectWorker::handleEntry(int directoryFd, const std::string& dir
     }
     if (!status->isRegularFile()) return;
     ++result_.filesVisited;
-    if (status->size < minimumFileBytes) return;
+    if (status->size < DuplicateScanner::minimumFileBytes) return;
     // A hard-linked inode enters the search once, through whichever path is seen first,
     // so links are never reported as copies of each other.
     if (status->linkCount >= 2 && !work_.claimHardlinkedFile({status->device, status->inode})) {

@@ -21,7 +21,6 @@ namespace veldan {
 
 class DuplicateCollectWorker {
   public:
-    static constexpr int64_t minimumFileBytes = 1'000'000;
     static constexpr int entriesPerClockCheck = 64;
 
     DuplicateCollectWorker(DuplicateCollectWork& work, size_t index,
