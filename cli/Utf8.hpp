@@ -1,15 +1,11 @@
 #pragma once
-// UTF-8 validation for text that leaves the program: names are raw bytes and may be
-// anything.
+// UTF-8 validation for text that leaves the program; the validator itself lives in
+// platform/ so that the pictures drawn outside cli/ use the same one.
 
-#include <cstddef>
-#include <string_view>
+#include "platform/Utf8.hpp"
 
 namespace veldan::cli {
 
-// Length of the well-formed UTF-8 sequence starting at `text[at]`, or 0 when the byte
-// there does not start one (stray continuation, overlong form, surrogate, beyond U+10FFFF,
-// or truncated).
-size_t validSequenceLength(std::string_view text, size_t at);
+using platform::validSequenceLength;
 
 }  // namespace veldan::cli

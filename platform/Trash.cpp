@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <ctime>
 
+#include "platform/DescriptorIo.hpp"
 #include "platform/ErrorText.hpp"
 #include "platform/FileStatus.hpp"
 #include "platform/MountPoints.hpp"
@@ -48,17 +49,6 @@ std::string trashName(const std::string& name, int attempt) {
         base.resize(cut);
     }
     return base + suffix;
-}
-
-bool writeAll(int fd, const std::string& text) {
-    size_t written = 0;
-    while (written < text.size()) {
-        const ssize_t n = ::write(fd, text.data() + written, text.size() - written);
-        if (n < 0 && errno == EINTR) continue;
-        if (n <= 0) return false;
-        written += static_cast<size_t>(n);
-    }
-    return true;
 }
 
 bool sameItem(const FileStatus& status, uint64_t device, uint64_t inode) {

@@ -9,6 +9,7 @@
 #include <utility>
 #include <vector>
 
+#include "platform/DescriptorIo.hpp"
 #include "platform/DirectoryReader.hpp"
 #include "platform/FileStatus.hpp"
 #include "platform/TrashInfo.hpp"
@@ -57,29 +58,6 @@ struct UsageWalk {
             entry(folder.get(), child.c_str(), depth + 1);
     }
 };
-
-bool writeAll(int fd, const std::string& text) {
-    size_t written = 0;
-    while (written < text.size()) {
-        const ssize_t n = ::write(fd, text.data() + written, text.size() - written);
-        if (n < 0 && errno == EINTR) continue;
-        if (n <= 0) return false;
-        written += static_cast<size_t>(n);
-    }
-    return true;
-}
-
-std::string readAll(int fd) {
-    std::string text;
-    char chunk[8192];
-    for (;;) {
-        const ssize_t n = ::read(fd, chunk, sizeof chunk);
-        if (n < 0 && errno == EINTR) continue;
-        if (n <= 0) break;
-        text.append(chunk, static_cast<size_t>(n));
-    }
-    return text;
-}
 
 }  // namespace
 

@@ -8,7 +8,7 @@ set -euo pipefail
 
 packages=(
     cmake ninja-build pkg-config g++ git python3
-    qt6-base-dev qt6-svg-dev libxkbcommon-dev
+    qt6-base-dev qt6-svg-dev libxkbcommon-dev fonts-dejavu-core
     libplist-dev libssl-dev libcli11-dev nlohmann-json3-dev
     libgtest-dev libgmock-dev libbenchmark-dev
     clang libclang-rt-14-dev

@@ -4,6 +4,8 @@
 #include <gtest/gtest.h>
 #include <stdlib.h>
 
+#include <csignal>
+
 #include <string>
 
 #include "tests/support/Files.hpp"
@@ -11,6 +13,9 @@
 
 int main(int argc, char** argv) {
     ::testing::InitGoogleTest(&argc, argv);
+    // A child that exits before reading the input a test feeds it must fail that test,
+    // not kill the whole test binary.
+    std::signal(SIGPIPE, SIG_IGN);
     veldan::test::TempDir home;
     const std::string base = home.path();
     ::setenv("HOME", (base + "/home").c_str(), 1);

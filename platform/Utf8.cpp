@@ -1,6 +1,6 @@
-#include "cli/Utf8.hpp"
+#include "platform/Utf8.hpp"
 
-namespace veldan::cli {
+namespace veldan::platform {
 
 size_t validSequenceLength(std::string_view text, size_t at) {
     const auto byte = [&](size_t i) { return static_cast<unsigned char>(text[i]); };
@@ -30,4 +30,16 @@ size_t validSequenceLength(std::string_view text, size_t at) {
     return length;
 }
 
-}  // namespace veldan::cli
+char32_t decodeSequence(std::string_view text, size_t at, size_t length) {
+    const auto byte = [&](size_t i) {
+        return static_cast<char32_t>(static_cast<unsigned char>(text[i]));
+    };
+    if (length == 1) return byte(at);
+    static constexpr char32_t leadMask[] = {0, 0x7F, 0x1F, 0x0F, 0x07};
+    char32_t value = byte(at) & leadMask[length];
+    for (size_t i = 1; i < length; ++i)
+        value = (value << 6) | (byte(at + i) & 0x3F);
+    return value;
+}
+
+}  // namespace veldan::platform

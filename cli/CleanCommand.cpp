@@ -1,0 +1,107 @@
+// `veldan clean [PATH] --select ID ...`: runs the selected "Safe to remove"
+// recommendations of a fresh scan, after showing what will happen and a confirmation.
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <iostream>
+#include <memory>
+
+#include "cli/CommandRegistry.hpp"
+#include "cli/Interrupt.hpp"
+#include "cli/ProgressLine.hpp"
+#include "cli/RecommendationScan.hpp"
+#include "cli/RecommendationText.hpp"
+#include "recommendations/CleanupExecutor.hpp"
+
+namespace veldan::cli {
+
+namespace {
+
+struct CleanOptions {
+    std::string path = ".";
+    std::vector<std::string> select;
+    bool yes = false;
+};
+
+bool confirmed() {
+    std::cerr << "Go ahead? [y/N] " << std::flush;
+    std::string answer;
+    if (!std::getline(std::cin, answer)) return false;
+    std::transform(answer.begin(), answer.end(), answer.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    return answer == "y" || answer == "yes";
+}
+
+int runClean(const CleanOptions& options) {
+    // Never without a confirmation: asked on a terminal, or given up front with --yes.
+    if (!options.yes && !Terminal::isTerminal(stdin)) {
+        std::cerr << "veldan: Nothing was cleaned, because confirming needs a terminal; pass "
+                     "--yes to clean without asking.\n";
+        return exitFailure;
+    }
+    auto scanned = scanForRecommendations(options.path);
+    if (auto* status = std::get_if<int>(&scanned)) return *status;
+    const auto& result = std::get<ScannedRecommendations>(scanned);
+    auto selection = selectRecommendations(result.recommendations, options.select);
+    if (auto* problem = std::get_if<std::string>(&selection)) {
+        std::cerr << "veldan: " << *problem << '\n';
+        return exitFailure;
+    }
+    std::vector<Recommendation> safe;
+    std::vector<Recommendation> excluded;
+    for (const auto& recommendation : std::get<std::vector<Recommendation>>(selection)) {
+        (recommendation.kind == RecommendationKind::safe ? safe : excluded)
+            .push_back(recommendation);
+    }
+    const Style style(Terminal::wantsColor(stdout));
+    writeCleanupPlan(std::cout, result.root, safe, excluded, style);
+    std::cout.flush();
+    if (safe.empty()) {
+        std::cerr << "veldan: None of the selected recommendations can be cleaned in Veldan.\n";
+        return exitFailure;
+    }
+    if (!options.yes && !confirmed()) {
+        std::cerr << "Nothing was cleaned.\n";
+        return exitFailure;
+    }
+
+    ScanCancellation cancellation;
+    InterruptScope interrupt(cancellation);
+    ProgressLine progressLine;
+    auto settings = CleanupExecutorSettings::standard();
+    settings.cancellation = &cancellation;
+    // settings.changedPaths stays empty: a one-shot command keeps no session cache to
+    // invalidate (the application connects it to its session cache).
+    const CleanupExecutor executor(std::move(settings));
+    const auto report = executor.run(safe, [&](const Recommendation& recommendation) {
+        if (progressLine.active()) progressLine.show("Cleaning " + recommendation.title + "\u2026");
+    });
+    progressLine.clear();
+    writeCleanupReport(std::cout, report, style);
+    std::cout.flush();
+    if (InterruptScope::interrupted()) return exitInterrupted;
+    const bool allSucceeded = report.results.size() == safe.size() &&
+                              report.succeededCount() == static_cast<int64_t>(safe.size());
+    return allSucceeded ? exitSuccess : exitFailure;
+}
+
+const CommandRegistration registration{
+    "clean", 40, [](CLI::App& app) -> CommandRunner {
+        auto options = std::make_shared<CleanOptions>();
+        auto* sub = app.add_subcommand(
+            "clean",
+            "Scan a folder and clean the selected safe recommendations (moved to Trash or "
+            "the tool's own cleanup)");
+        sub->add_option("path", options->path, "Folder to scan (default: the current folder)");
+        sub->add_option("--select", options->select,
+                        "Recommendation ids to clean (see veldan recommend); after PATH, or "
+                        "comma-separated")
+            ->required()
+            ->delimiter(',');
+        sub->add_flag("--yes", options->yes, "Clean without asking for confirmation");
+        return [options] { return runClean(*options); };
+    }};
+
+}  // namespace
+
+}  // namespace veldan::cli

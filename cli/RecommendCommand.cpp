@@ -1,0 +1,68 @@
+// `veldan recommend [PATH]`: the cleanup recommendations of a fresh scan, as text, as
+// JSON, or as the copyable script.
+
+#include <CLI/CLI.hpp>
+#include <iostream>
+#include <memory>
+
+#include "cli/CommandRegistry.hpp"
+#include "cli/RecommendationScan.hpp"
+#include "cli/RecommendationText.hpp"
+#include "recommendations/RecommendationBuilder.hpp"
+
+namespace veldan::cli {
+
+namespace {
+
+struct RecommendOptions {
+    std::string path = ".";
+    bool json = false;
+    bool script = false;
+    std::vector<std::string> select;
+    // `--saved` (recommend from the saved map instead of a fresh scan) is added by the
+    // saved-maps work; see scanForRecommendations.
+};
+
+int runRecommend(const RecommendOptions& options) {
+    auto scanned = scanForRecommendations(options.path);
+    if (auto* status = std::get_if<int>(&scanned)) return *status;
+    const auto& result = std::get<ScannedRecommendations>(scanned);
+    auto selection = selectRecommendations(result.recommendations, options.select);
+    if (auto* problem = std::get_if<std::string>(&selection)) {
+        std::cerr << "veldan: " << *problem << '\n';
+        return exitFailure;
+    }
+    const auto& selected = std::get<std::vector<Recommendation>>(selection);
+    if (options.script) {
+        std::cout << RecommendationBuilder::script(selected);
+    } else if (options.json) {
+        writeJson(std::cout, recommendationsJson(result.root, selected, result.snapshot));
+        std::cout << '\n';
+    } else {
+        writeRecommendations(std::cout, result.root, selected, result.snapshot,
+                             Style(Terminal::wantsColor(stdout)));
+    }
+    std::cout.flush();
+    return std::cout.good() ? exitSuccess : exitFailure;
+}
+
+const CommandRegistration registration{
+    "recommend", 30, [](CLI::App& app) -> CommandRunner {
+        auto options = std::make_shared<RecommendOptions>();
+        auto* sub =
+            app.add_subcommand("recommend", "Scan a folder and list what can be cleaned up");
+        sub->add_option("path", options->path, "Folder to scan (default: the current folder)");
+        sub->add_flag("--json", options->json, "Print the recommendations as JSON for scripts");
+        auto* script = sub->add_flag("--script", options->script,
+                                     "Print the shell script of the selected recommendations");
+        sub->add_option(
+               "--select", options->select,
+               "Only these recommendation ids (default: all); after PATH, or comma-separated")
+            ->delimiter(',');
+        script->excludes(sub->get_option("--json"));
+        return [options] { return runRecommend(*options); };
+    }};
+
+}  // namespace
+
+}  // namespace veldan::cli

@@ -1,0 +1,60 @@
+#include "cli/RecommendationScan.hpp"
+
+#include <iostream>
+#include <set>
+
+#include "app/ScanJob.hpp"
+#include "cli/CommandRegistry.hpp"
+#include "cli/Interrupt.hpp"
+#include "cli/ProgressLine.hpp"
+#include "cli/Terminal.hpp"
+#include "platform/Paths.hpp"
+#include "recommendations/RecommendationBuilder.hpp"
+#include "scan/DiskScanner.hpp"
+
+namespace veldan::cli {
+
+std::variant<ScannedRecommendations, int> scanForRecommendations(const std::string& path) {
+    // The saved map (`--saved`) plugs in here: instead of scanning, load the snapshot saved
+    // for this scope and build from it. It arrives with the saved-maps work.
+    const std::string root = platform::absolutePath(path);
+    if (auto problem = DiskScanner::rootProblem(root)) {
+        std::cerr << "veldan: " << Terminal::display(*problem) << '\n';
+        return exitFailure;
+    }
+    ScanCancellation cancellation;
+    InterruptScope interrupt(cancellation);
+    ProgressLine progressLine;
+    ScanJobOptions job;
+    if (progressLine.active()) {
+        job.progress = [&](const std::string& item, int64_t folders, int64_t files) {
+            progressLine.show(ProgressLine::scanText(item, folders, files));
+        };
+    }
+    auto outcome = ScanJob::run(root, cancellation, job);
+    progressLine.clear();
+    if (!outcome) {
+        std::cerr << "Scan stopped before it finished; nothing was changed.\n";
+        return exitInterrupted;
+    }
+    ScannedRecommendations scanned{root, std::move(outcome->snapshot), {}};
+    scanned.recommendations = RecommendationBuilder::build(root, scanned.snapshot);
+    return scanned;
+}
+
+std::variant<std::vector<Recommendation>, std::string> selectRecommendations(
+    const std::vector<Recommendation>& recommendations, const std::vector<std::string>& ids) {
+    if (ids.empty()) return recommendations;
+    std::set<std::string> wanted(ids.begin(), ids.end());
+    std::vector<Recommendation> selected;
+    for (const auto& recommendation : recommendations) {
+        if (wanted.erase(recommendation.id)) selected.push_back(recommendation);
+    }
+    if (!wanted.empty()) {
+        return "This scan has no recommendation \"" + Terminal::display(*wanted.begin()) +
+               "\"; run \"veldan recommend\" to see the ids.";
+    }
+    return selected;
+}
+
+}  // namespace veldan::cli

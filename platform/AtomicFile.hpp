@@ -1,0 +1,20 @@
+#pragma once
+// Replaces a file's contents all at once: readers (and a crash) see either the old file
+// or the complete new one, never a half-written one.
+//
+// Contract: synchronous, on the caller's thread. Failures come back as data.
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace veldan::platform {
+
+// Writes `contents` to a temporary file beside `path`, flushes it to disk and renames it
+// over `path`. A symbolic link is followed to the file it names. An existing file keeps
+// its permission bits; a new one gets the usual ones (0666 less the umask). Returns the
+// reason ("Permission denied", "Is a directory", "Not a regular file", ...) when the
+// file could not be written; the temporary file is then removed and `path` is untouched.
+std::optional<std::string> writeFileAtomically(const std::string& path, std::string_view contents);
+
+}  // namespace veldan::platform

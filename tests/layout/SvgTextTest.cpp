@@ -1,0 +1,83 @@
+// Names become safe SVG text, and labels are measured and elided conservatively.
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+#include "app/LabelFit.hpp"
+#include "app/SvgDocument.hpp"
+#include "app/SvgText.hpp"
+#include "platform/Utf8.hpp"
+
+namespace veldan {
+namespace {
+
+bool isValidUtf8(std::string_view text) {
+    for (size_t i = 0; i < text.size();) {
+        const size_t length = platform::validSequenceLength(text, i);
+        if (length == 0) return false;
+        i += length;
+    }
+    return true;
+}
+
+TEST(SvgText, InvalidBytesAndControlCharactersBecomeReplacementCharacters) {
+    EXPECT_EQ(SvgText::clean("bad\xff\xfe."), "bad\xEF\xBF\xBD\xEF\xBF\xBD.");
+    EXPECT_EQ(SvgText::clean("a\nb\tc\x01\x7f"), "a\uFFFDb\uFFFDc\uFFFD\uFFFD");
+    EXPECT_EQ(SvgText::clean("\xC2\x85"), "\uFFFD");                 // C1 control
+    EXPECT_EQ(SvgText::clean("\xEF\xBF\xBE"), "\uFFFD");             // U+FFFE
+    EXPECT_EQ(SvgText::clean("\xE2\x82"), "\uFFFD\uFFFD");           // truncated sequence
+    EXPECT_EQ(SvgText::clean("Caf\xC3\xA9 日本 😀"), "Café 日本 😀");  // valid text stays
+}
+
+TEST(SvgText, MarkupCharactersAreEscaped) {
+    EXPECT_EQ(SvgText::escape("<a href=\"x\">Tom & Jerry's</a>"),
+              "&lt;a href=&quot;x&quot;&gt;Tom &amp; Jerry&apos;s&lt;/a&gt;");
+}
+
+TEST(SvgDocument, NumbersAreShortAndLocaleIndependent) {
+    EXPECT_EQ(SvgDocument::number(12), "12");
+    EXPECT_EQ(SvgDocument::number(0.125), "0.13");
+    EXPECT_EQ(SvgDocument::number(-0.001), "0");
+    EXPECT_EQ(SvgDocument::number(1200.5), "1200.5");
+    EXPECT_EQ(SvgDocument::number(std::nan("")), "0");
+}
+
+TEST(LabelFit, WidthsFollowTheFaceAndWideCharactersCountAFullEm) {
+    EXPECT_NEAR(LabelFit::width("W", 10, false), 9.89, 1e-9);
+    EXPECT_NEAR(LabelFit::width("W", 10, true), 11.04, 1e-9);
+    EXPECT_NEAR(LabelFit::width("ii", 10, false), 5.56, 1e-9);
+    EXPECT_NEAR(LabelFit::width("日本", 10, false), 20, 1e-9);
+    EXPECT_NEAR(LabelFit::width("e\xCC\x81", 10, false), 6.16, 1e-9);  // combining accent
+}
+
+TEST(LabelFit, TextThatFitsIsKeptWhole) {
+    const double width = LabelFit::width("Movies", 13, true);
+    EXPECT_EQ(LabelFit::fitted("Movies", width, 13, true), "Movies");
+}
+
+TEST(LabelFit, LongTextIsElidedWithinTheWidth) {
+    const std::string name = "Screen Recording 2024-05-01.mov";
+    for (double limit = 20; limit < 300; limit += 3.5) {
+        const std::string fitted = LabelFit::fitted(name, limit, 13, true);
+        if (fitted.empty()) continue;
+        EXPECT_LE(LabelFit::width(fitted, 13, true), limit);
+        EXPECT_TRUE(fitted == name || fitted.ends_with("…")) << fitted;
+    }
+    EXPECT_EQ(LabelFit::fitted(name, 60, 13, true), "Scree…");
+}
+
+TEST(LabelFit, ElidingNeverCutsACharacterInHalf) {
+    const std::string name = "日本語のフォルダ名前😀😀";
+    for (double limit = 0; limit < 200; limit += 1) {
+        EXPECT_TRUE(isValidUtf8(LabelFit::fitted(name, limit, 12, false))) << limit;
+    }
+}
+
+TEST(LabelFit, NothingIsShownWhenNotEvenTwoCharactersFit) {
+    EXPECT_EQ(LabelFit::fitted("Documents", 12, 13, false), "");
+    EXPECT_EQ(LabelFit::fitted("Documents", 0, 13, false), "");
+}
+
+}  // namespace
+}  // namespace veldan

@@ -1,0 +1,46 @@
+// Where the package tools are looked for.
+
+#include "recommendations/ToolSearchPath.hpp"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include "tests/support/Files.hpp"
+#include "tests/support/TempDir.hpp"
+
+namespace veldan {
+
+TEST(ToolSearchPath, NodeVersionsComeFirstHighestThenTheUsualFoldersThenPath) {
+    test::TempDir home;
+    for (const char* version : {"v9.1.0", "v20.9.0", "v10.2.0", "v20.10.0"}) {
+        test::makeFolders(home / ".nvm/versions/node" + "/" + version + "/bin");
+    }
+    test::writeFile(home / ".nvm/versions/node/not-a-folder", "");
+    const auto list = ToolSearchPath::list(
+        home.path(), "/usr/bin::" + home / ".local/bin" + ":/usr/local/bin:/bin:/usr/bin:");
+    const std::string nvm = home / ".nvm/versions/node/";
+    EXPECT_EQ(list, (std::vector<std::string>{
+                        nvm + "v20.10.0/bin", nvm + "v20.9.0/bin", nvm + "v10.2.0/bin",
+                        nvm + "v9.1.0/bin", "/opt/homebrew/bin", "/usr/local/bin",
+                        home / "Library/pnpm", home / ".local/bin", home / ".volta/bin",
+                        home / ".asdf/shims", home / ".local/share/mise/shims",
+                        home / ".nvm/current/bin", home / "go/bin", "/usr/bin", "/bin"}));
+}
+
+TEST(ToolSearchPath, FindsTheFirstExecutableFile) {
+    test::TempDir dir;
+    test::makeFolders(dir / "a/npm");  // a folder is not a tool
+    test::makeFolders(dir / "b");
+    test::writeFile(dir / "b/npm", "not executable");
+    test::makeFolders(dir / "c");
+    test::writeFile(dir / "c/npm", "#!/bin/sh\n");
+    ::chmod((dir / "c/npm").c_str(), 0755);
+    test::makeFolders(dir / "d");
+    test::makeSymlink(dir / "c/npm", dir / "d/npm");
+    EXPECT_EQ(ToolSearchPath::find("npm", {dir / "a", dir / "b", dir / "d", dir / "c"}),
+              dir / "d/npm");
+    EXPECT_EQ(ToolSearchPath::find("uv", {dir / "a", dir / "c"}), "");
+    EXPECT_EQ(ToolSearchPath::joined({"/a", "/b c"}), "/a:/b c");
+}
+
+}  // namespace veldan
