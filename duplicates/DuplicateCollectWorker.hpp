@@ -1,0 +1,48 @@
+#pragma once
+// One of the collection workers of a duplicate search: takes directories from the shared
+// DuplicateCollectWork, lists them, and buckets every regular file of at least 1,000,000
+// bytes by its exact size in a result of its own.
+//
+// Contract: one object per worker thread; run() returns when the walk is over or the
+// search is cancelled, after handing its result to the shared work.
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "duplicates/DuplicateCollectResult.hpp"
+#include "duplicates/DuplicateCollectWork.hpp"
+#include "duplicates/DuplicateWalkRules.hpp"
+#include "platform/DirectoryReader.hpp"
+#include "scan/ScanCancellation.hpp"
+
+namespace veldan {
+
+class DuplicateCollectWorker {
+  public:
+    static constexpr int entriesPerClockCheck = 64;
+
+    DuplicateCollectWorker(DuplicateCollectWork& work, size_t index,
+                           const DuplicateWalkRules& rules, const ScanCancellation& cancellation);
+
+    void run();
+
+  private:
+    void listDirectory(std::string path);
+    void handleEntry(int directoryFd, const std::string& directory,
+                     const platform::DirectoryEntryView& entry);
+    void maybeReport();
+
+    DuplicateCollectWork& work_;
+    size_t index_;
+    const DuplicateWalkRules& rules_;
+    const ScanCancellation& cancellation_;
+    DuplicateCollectResult result_;
+    std::vector<std::string> stack_;
+    std::vector<char> listing_;
+    int entriesSinceClock_ = 0;
+    double lastClock_ = 0;
+};
+
+}  // namespace veldan

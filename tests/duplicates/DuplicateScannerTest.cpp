@@ -1,0 +1,391 @@
+#include "duplicates/DuplicateScanner.hpp"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <functional>
+
+#include "platform/FileStatus.hpp"
+#include "platform/Sha256.hpp"
+#include "tests/duplicates/DuplicateTestSupport.hpp"
+#include "tests/support/Files.hpp"
+#include "tests/support/IsolatedHome.hpp"
+#include "tests/support/TempDir.hpp"
+
+namespace veldan {
+namespace {
+
+using test::groupPaths;
+using test::writeFileOfSize;
+using Groups = std::vector<std::vector<std::string>>;
+
+constexpr int64_t megabyte = 1'000'000;
+
+class DuplicateScannerTest : public ::testing::Test {
+  protected:
+    std::optional<DuplicateScanResult> scan(const DuplicateScanProgress& progress = {}) {
+        return DuplicateScanner().scan(dir_.path(), cancellation_, progress);
+    }
+    std::string path(const std::string& relative) { return dir_ / relative; }
+    void write(const std::string& relative, int64_t bytes, unsigned seed) {
+        const std::string full = path(relative);
+        test::makeFolders(full.substr(0, full.rfind('/')));
+        writeFileOfSize(full, bytes, seed);
+    }
+
+    test::TempDir dir_;
+    ScanCancellation cancellation_;
+};
+
+TEST_F(DuplicateScannerTest, FindsOneMillionByteCopiesButNotSmallerOnes) {
+    write("a/big", megabyte, 1);
+    write("b/big", megabyte, 1);
+    write("a/small", megabyte - 1, 2);
+    write("b/small", megabyte - 1, 2);
+    const auto result = scan();
+    ASSERT_TRUE(result);
+    EXPECT_EQ(groupPaths(*result), (Groups{{path("a/big"), path("b/big")}}));
+    EXPECT_EQ(result->filesVisited, 4);
+    EXPECT_EQ(result->unreadableFiles, 0);
+}
+
+TEST_F(DuplicateScannerTest, DescribesGroupsByIdDigestAndTotals) {
+    write("one", 2 * megabyte, 7);
+    write("two", 2 * megabyte, 7);
+    write("three", 2 * megabyte, 7);
+    write("other", 2 * megabyte, 8);
+    const auto result = scan();
+    ASSERT_TRUE(result);
+    ASSERT_EQ(result->groups.size(), 1u);
+    const auto& group = result->groups.front();
+    const auto digest = platform::Sha256::of(test::readFile(path("one")));
+    EXPECT_EQ(group.digest, digest);
+    EXPECT_EQ(group.id, "2000000-" + platform::base64(digest.data(), digest.size()));
+    EXPECT_EQ(group.bytesPerFile, 2 * megabyte);
+    EXPECT_EQ(group.extraBytes(), 4 * megabyte);
+    EXPECT_EQ(result->extraBytes, 4 * megabyte);
+    EXPECT_EQ(result->fileBytesByPath.size(), 3u);
+    EXPECT_EQ(result->fileBytesByPath.at(path("three")), 2 * megabyte);
+    EXPECT_EQ(result->scope, dir_.path());
+    EXPECT_EQ(result->revision.size(), 36u);
+    EXPECT_NE(scan()->revision, result->revision);
+}
+
+TEST_F(DuplicateScannerTest, SnapshotHoldsTheFileIdentity) {
+    write("a", megabyte, 3);
+    write("b", megabyte, 3);
+    const auto result = scan();
+    ASSERT_TRUE(result);
+    ASSERT_EQ(result->groups.size(), 1u);
+    const DuplicateFile& file = result->groups.front().files.front();
+    const auto status = platform::statPath(path("a"), false);
+    ASSERT_TRUE(status);
+    EXPECT_EQ(file, DuplicateFile::snapshot(path("a"), *status));
+    EXPECT_TRUE(DuplicateScanner::metadataMatches(file, *status));
+}
+
+TEST_F(DuplicateScannerTest, HardLinksAreNeverCopiesOfEachOther) {
+    write("links/one", 5 * megabyte, 4);
+    test::makeHardLink(path("links/one"), path("links/two"));
+    test::makeHardLink(path("links/one"), path("elsewhere-three"));
+    auto result = scan();
+    ASSERT_TRUE(result);
+    EXPECT_TRUE(result->groups.empty());
+
+    write("real-copy", 5 * megabyte, 4);
+    result = scan();
+    ASSERT_TRUE(result);
+    ASSERT_EQ(result->groups.size(), 1u);
+    const auto& files = result->groups.front().files;
+    ASSERT_EQ(files.size(), 2u);
+    const auto linkCount = std::count_if(files.begin(), files.end(), [&](const DuplicateFile& f) {
+        return f.path != path("real-copy");
+    });
+    EXPECT_EQ(linkCount, 1);
+    EXPECT_TRUE(std::any_of(files.begin(), files.end(),
+                            [&](const DuplicateFile& f) { return f.path == path("real-copy"); }));
+}
+
+TEST_F(DuplicateScannerTest, MiddleDifferenceUnder16MiBPassesSamplingAndFailsVerification) {
+    const int64_t size = 3 * megabyte;
+    write("a", size, 5);
+    write("b", size, 5);
+    test::changeByteAt(path("b"), size / 2);
+    test::ProgressRecorder progress;
+    const auto result = scan(progress.callback());
+    ASSERT_TRUE(result);
+    EXPECT_TRUE(result->groups.empty());
+    EXPECT_EQ(result->unreadableFiles, 0);
+    const auto reports = progress.reports();
+    EXPECT_NE(std::find(reports.begin(), reports.end(),
+                        test::ProgressRecorder::Report{DuplicateScanPhase::verifying, 2, 2}),
+              reports.end());
+}
+
+TEST_F(DuplicateScannerTest, MiddleDifferenceFrom16MiBIsCaughtBySampling) {
+    const int64_t size = DuplicateScanner::middleSampleFloor;
+    write("a", size, 6);
+    write("b", size, 6);
+    test::changeByteAt(path("b"), size / 2);
+    test::ProgressRecorder progress;
+    const auto result = scan(progress.callback());
+    ASSERT_TRUE(result);
+    EXPECT_TRUE(result->groups.empty());
+    EXPECT_TRUE(progress.saw(DuplicateScanPhase::sampling));
+    EXPECT_FALSE(progress.saw(DuplicateScanPhase::verifying));
+}
+
+TEST_F(DuplicateScannerTest, UnchangedMiddleFrom16MiBIsStillVerified) {
+    const int64_t size = DuplicateScanner::middleSampleFloor + 4096;
+    write("a", size, 9);
+    write("b", size, 9);
+    const auto result = scan();
+    ASSERT_TRUE(result);
+    EXPECT_EQ(groupPaths(*result), (Groups{{path("a"), path("b")}}));
+}
+
+TEST_F(DuplicateScannerTest, FileEditedBetweenSamplingAndVerifyingIsDroppedAsUnreadable) {
+    write("one", 2 * megabyte, 10);
+    write("two", 2 * megabyte, 10);
+    write("three", 2 * megabyte, 10);
+    bool edited = false;
+    const auto result = scan([&](DuplicateScanPhase phase, int64_t completed, int64_t) {
+        if (phase == DuplicateScanPhase::verifying && completed == 0 && !edited) {
+            edited = true;
+            test::changeByteAt(path("two"), 10);
+        }
+    });
+    ASSERT_TRUE(edited);
+    ASSERT_TRUE(result);
+    EXPECT_EQ(groupPaths(*result), (Groups{{path("one"), path("three")}}));
+    EXPECT_EQ(result->unreadableFiles, 1);
+}
+
+TEST_F(DuplicateScannerTest, FileTouchedBeforeSamplingIsDroppedEvenWithEqualContent) {
+    write("one", 2 * megabyte, 11);
+    write("two", 2 * megabyte, 11);
+    bool touched = false;
+    const auto result = scan([&](DuplicateScanPhase phase, int64_t completed, int64_t) {
+        if (phase == DuplicateScanPhase::sampling && completed == 0 && !touched) {
+            touched = true;
+            test::setModifiedTime(path("one"), 1'000'000'000);
+        }
+    });
+    ASSERT_TRUE(result);
+    EXPECT_TRUE(result->groups.empty());
+    EXPECT_EQ(result->unreadableFiles, 1);
+}
+
+TEST_F(DuplicateScannerTest, SkipsTrashFoldersAtAnyDepthAndPackagesOfAnyCase) {
+    write("keep/a", megabyte, 12);
+    write("keep/b", megabyte, 12);
+    write(".Trash/c", megabyte, 12);
+    write("deep/er/.Trash/d", megabyte, 12);
+    write("Tool.APP/Contents/e", megabyte, 12);
+    write("Shots.photoslibrary/f", megabyte, 12);
+    write("disk.sparsebundle/g", megabyte, 12);
+    write(".Trash-1000/files/h", megabyte, 12);
+    write("Trash-notes/i", megabyte, 13);
+    write("Trash-notes/j", megabyte, 13);
+    const auto result = scan();
+    ASSERT_TRUE(result);
+    auto groups = groupPaths(*result);
+    std::sort(groups.begin(), groups.end());
+    EXPECT_EQ(groups, (Groups{{path("Trash-notes/i"), path("Trash-notes/j")},
+                              {path("keep/a"), path("keep/b")}}));
+    EXPECT_EQ(result->filesVisited, 4);
+}
+
+TEST_F(DuplicateScannerTest, SkipsTheHomeTrashOfThisPlatform) {
+    test::IsolatedHome home;
+    write("visible/a", megabyte, 14);
+    const std::string trashed = home.dataHome() + "/Trash/files/a";
+    test::makeFolders(home.dataHome() + "/Trash/files");
+    writeFileOfSize(trashed, megabyte, 14);
+    auto result = DuplicateScanner().scan(home.home(), cancellation_);
+    ASSERT_TRUE(result);
+    EXPECT_EQ(result->filesVisited, 0);
+    writeFileOfSize(home / "a-copy", megabyte, 14);
+    writeFileOfSize(home / "b-copy", megabyte, 14);
+    result = DuplicateScanner().scan(home.home(), cancellation_);
+    ASSERT_TRUE(result);
+    EXPECT_EQ(groupPaths(*result), (Groups{{home / "a-copy", home / "b-copy"}}));
+}
+
+TEST_F(DuplicateScannerTest, NeverFollowsSymbolicLinks) {
+    write("real/a", megabyte, 15);
+    write("other/b", megabyte, 16);
+    test::makeSymlink(path("real/a"), path("link-to-file"));
+    test::makeSymlink(path("real"), path("link-to-folder"));
+    const auto result = scan();
+    ASSERT_TRUE(result);
+    EXPECT_TRUE(result->groups.empty());
+    EXPECT_EQ(result->filesVisited, 2);
+}
+
+TEST_F(DuplicateScannerTest, OrdersFilesInFinderOrderAndEqualGroupsById) {
+    write("file10", megabyte, 17);
+    write("file2", megabyte, 17);
+    write("File3", megabyte, 17);
+    write("x/one", megabyte, 18);
+    write("x/two", megabyte, 18);
+    write("y/one", megabyte, 19);
+    write("y/two", megabyte, 19);
+    write("z/one", 3 * megabyte, 20);
+    write("z/two", 3 * megabyte, 20);
+    const auto result = scan();
+    ASSERT_TRUE(result);
+    ASSERT_EQ(result->groups.size(), 4u);
+    EXPECT_EQ(result->groups[0].bytesPerFile, 3 * megabyte);  // 3 MB extra
+    EXPECT_EQ(groupPaths(*result)[1],
+              (std::vector<std::string>{path("file2"), path("File3"), path("file10")}));
+    EXPECT_EQ(result->groups[1].extraBytes(), 2 * megabyte);
+    EXPECT_EQ(result->groups[2].extraBytes(), result->groups[3].extraBytes());
+    EXPECT_LT(result->groups[2].id, result->groups[3].id);
+}
+
+TEST_F(DuplicateScannerTest, KeepsNamesThatAreNotUtf8ByteForByte) {
+    const std::string name = "bad\xff\xfe-name\n";
+    write(name, megabyte, 21);
+    write("good", megabyte, 21);
+    const auto result = scan();
+    ASSERT_TRUE(result);
+    ASSERT_EQ(result->groups.size(), 1u);
+    const auto paths = groupPaths(*result).front();
+    EXPECT_NE(std::find(paths.begin(), paths.end(), path(name)), paths.end());
+}
+
+TEST_F(DuplicateScannerTest, FindsCopiesAcrossManyFoldersWithEveryWorkerBusy) {
+    // Far more folders than the shared queue holds, so workers keep some on their own stacks.
+    std::vector<std::string> expected;
+    for (int i = 0; i < 100; ++i) {
+        const std::string folder = "wide/" + std::to_string(i);
+        test::makeFolders(path(folder));
+        if (i % 30 == 0) {
+            write(folder + "/copy", megabyte, 22);
+            expected.push_back(path(folder + "/copy"));
+        }
+    }
+    const auto result = scan();
+    ASSERT_TRUE(result);
+    ASSERT_EQ(result->groups.size(), 1u);
+    auto paths = groupPaths(*result).front();
+    std::sort(paths.begin(), paths.end());
+    std::sort(expected.begin(), expected.end());
+    EXPECT_EQ(paths, expected);
+}
+
+TEST_F(DuplicateScannerTest, RootThatIsMissingOrNotAFolderGivesNoResult) {
+    write("file", megabyte, 23);
+    EXPECT_FALSE(DuplicateScanner().scan(path("missing"), cancellation_));
+    EXPECT_FALSE(DuplicateScanner().scan(path("file"), cancellation_));
+    test::makeSymlink(dir_.path(), path("link"));
+    EXPECT_FALSE(DuplicateScanner().scan(path("link"), cancellation_));
+}
+
+TEST_F(DuplicateScannerTest, UnchangedClonesAreNotReportedButEditedOnesAre) {
+    write("clone-a", megabyte, 24);
+    write("clone-b", megabyte, 24);
+    int64_t privateBytes = 0;
+    const ClonedFileSpace::Query query = [&](const std::string&) {
+        return std::optional<ClonedFileSpace::Sharing>({privateBytes, 77, 2});
+    };
+    auto result = DuplicateScanner(query).scan(dir_.path(), cancellation_);
+    ASSERT_TRUE(result);
+    EXPECT_TRUE(result->groups.empty());
+    privateBytes = 4096;
+    result = DuplicateScanner(query).scan(dir_.path(), cancellation_);
+    ASSERT_TRUE(result);
+    EXPECT_EQ(result->groups.size(), 1u);
+}
+
+class DuplicateCancellationTest
+    : public DuplicateScannerTest,
+      public ::testing::WithParamInterface<std::tuple<DuplicateScanPhase, bool>> {};
+
+TEST_P(DuplicateCancellationTest, CancellingInAnyPhaseReturnsNothing) {
+    const auto [phase, atEnd] = GetParam();
+    write("a", 2 * megabyte, 25);
+    write("b", 2 * megabyte, 25);
+    write("c", 2 * megabyte, 25);
+    bool cancelled = false;
+    const auto result = scan([&](DuplicateScanPhase reported, int64_t completed, int64_t total) {
+        // Collection reports only counts of files, last when the walk is over.
+        const bool due = phase == DuplicateScanPhase::collecting ||
+                         (atEnd ? completed == total : completed == 0);
+        if (reported == phase && due) {
+            cancelled = true;
+            cancellation_.cancel();
+        }
+    });
+    EXPECT_TRUE(cancelled);
+    EXPECT_FALSE(result);
+}
+
+INSTANTIATE_TEST_SUITE_P(EveryPhase, DuplicateCancellationTest,
+                         ::testing::Values(std::make_tuple(DuplicateScanPhase::collecting, false),
+                                           std::make_tuple(DuplicateScanPhase::sampling, false),
+                                           std::make_tuple(DuplicateScanPhase::sampling, true),
+                                           std::make_tuple(DuplicateScanPhase::verifying, false),
+                                           std::make_tuple(DuplicateScanPhase::verifying, true)));
+
+TEST_F(DuplicateScannerTest, CancelledBeforeStartingReturnsNothing) {
+    write("a", megabyte, 26);
+    write("b", megabyte, 26);
+    cancellation_.cancel();
+    EXPECT_FALSE(scan());
+}
+
+TEST(DuplicateMetadataTest, EveryOneOfTheTenValuesMustMatch) {
+    platform::FileStatus status;
+    status.mode = S_IFREG | 0644;
+    status.device = 1;
+    status.inode = 2;
+    status.size = 3;
+    status.modified = {4, 5};
+    status.changed = {6, 7};
+    status.created = {8, 9};
+    const DuplicateFile file = DuplicateFile::snapshot("/x", status);
+    EXPECT_TRUE(DuplicateScanner::metadataMatches(file, status));
+    const std::vector<std::function<void(platform::FileStatus&)>> changes = {
+        [](auto& s) { s.device = 10; },
+        [](auto& s) { s.inode = 10; },
+        [](auto& s) { s.size = 10; },
+        [](auto& s) { s.modified.seconds = 10; },
+        [](auto& s) { s.modified.nanoseconds = 10; },
+        [](auto& s) { s.changed.seconds = 10; },
+        [](auto& s) { s.changed.nanoseconds = 10; },
+        [](auto& s) { s.created.seconds = 10; },
+        [](auto& s) { s.created.nanoseconds = 10; },
+        [](auto& s) { s.mode = S_IFLNK | 0777; },
+    };
+    for (size_t i = 0; i < changes.size(); ++i) {
+        platform::FileStatus changed = status;
+        changes[i](changed);
+        EXPECT_FALSE(DuplicateScanner::metadataMatches(file, changed)) << "change " << i;
+    }
+}
+
+TEST(DuplicateCloneTest, OnlyOneUntouchedCloneFamilyCounts) {
+    const std::vector<DuplicateFile> files = {test::fileRecord("/a"), test::fileRecord("/b")};
+    using Sharing = ClonedFileSpace::Sharing;
+    const auto answering = [](std::optional<Sharing> a, std::optional<Sharing> b) {
+        return [=](const std::string& path) { return path == "/a" ? a : b; };
+    };
+    EXPECT_TRUE(
+        DuplicateScanner::areUnchangedClones(files, answering(Sharing{0, 5, 2}, Sharing{0, 5, 2})));
+    EXPECT_FALSE(
+        DuplicateScanner::areUnchangedClones(files, answering(Sharing{0, 5, 2}, std::nullopt)));
+    EXPECT_FALSE(
+        DuplicateScanner::areUnchangedClones(files, answering(Sharing{0, 5, 1}, Sharing{0, 5, 1})));
+    EXPECT_FALSE(
+        DuplicateScanner::areUnchangedClones(files, answering(Sharing{0, 5, 2}, Sharing{0, 6, 2})));
+    EXPECT_FALSE(
+        DuplicateScanner::areUnchangedClones(files, answering(Sharing{0, 5, 2}, Sharing{1, 5, 2})));
+    // This platform has no clone attributes at all.
+    EXPECT_FALSE(DuplicateScanner::areUnchangedClones(files));
+}
+
+}  // namespace
+}  // namespace veldan
