@@ -6,6 +6,7 @@
 #include <memory>
 #include <string>
 
+#include "app/ScanJob.hpp"
 #include "cli/CommandRegistry.hpp"
 #include "cli/DuplicatesJson.hpp"
 #include "cli/DuplicatesText.hpp"
@@ -83,7 +84,8 @@ DuplicateTrashReport moveSelection(const DuplicateScanResult& result,
                               groupedNumber(total));
         };
     }
-    auto report = DuplicateTrashExecutor().run(result, selection, progress);
+    auto report =
+        DuplicateTrashExecutor(ScanJob::changedPathsSink()).run(result, selection, progress);
     progressLine.clear();
     return report;
 }
