@@ -7,15 +7,19 @@
 
 namespace veldan {
 
-std::optional<ScanOutcome> ScanJob::run(const std::string& path,
-                                        const ScanCancellation& cancellation,
-                                        const ScanJobOptions& options) {
-    const DiskScanner scanner(ScanSettings::current(), &ScanSessionCache::shared());
-    auto outcome = scanner.scan(path, cancellation, options.progress, options.partial);
+std::shared_ptr<const ScanOutcome> ScanJob::run(const std::string& path,
+                                                const ScanCancellation& cancellation,
+                                                const ScanJobOptions& options) {
+    const DiskScanner scanner(ScanSettings::current(),
+                              options.reuseWithinSession ? &ScanSessionCache::shared() : nullptr);
+    auto scanned = scanner.scan(path, cancellation, options.progress, options.partial);
+    std::shared_ptr<const ScanOutcome> outcome;
+    if (scanned) outcome = std::make_shared<const ScanOutcome>(std::move(*scanned));
     if (options.useSavedMaps) {
         const std::string root = platform::absolutePath(path);
         if (outcome) {
-            ScanCache::shared().save(outcome->snapshot, root);
+            ScanCache::shared().save(
+                std::shared_ptr<const ScanSnapshot>(outcome, &outcome->snapshot), root);
         } else {
             // The user stopped a scan, most likely because the saved map no longer shows
             // what is on the disk.

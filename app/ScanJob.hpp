@@ -8,6 +8,7 @@
 // the saved map is written afterwards on the cache's queue, so a process must call
 // finishSaving() before it exits.
 
+#include <memory>
 #include <optional>
 #include <string>
 
@@ -22,14 +23,20 @@ struct ScanJobOptions {
     ScanProgress progress;
     ScanPartial partial;
     bool useSavedMaps = true;  // false: neither save the map nor mark the saved one outdated
+    // Whether the scan goes through the session cache, which watches the scanned tree so a
+    // later scan in the same process can reuse the map. A command that scans once and
+    // exits gains nothing from it and would pay for watching every folder.
+    bool reuseWithinSession = true;
 };
 
 class ScanJob {
   public:
-    // Scans `path`; nothing when cancelled.
-    static std::optional<ScanOutcome> run(const std::string& path,
-                                          const ScanCancellation& cancellation,
-                                          const ScanJobOptions& options = {});
+    // Scans `path`; null when cancelled. Shared because the saved map is encoded from
+    // the same snapshot on the cache's queue while the caller prints it: a large map is
+    // never held twice.
+    static std::shared_ptr<const ScanOutcome> run(const std::string& path,
+                                                  const ScanCancellation& cancellation,
+                                                  const ScanJobOptions& options = {});
 
     // Waits until every saved map queued so far is written.
     static void finishSaving();

@@ -97,9 +97,15 @@ std::string ScanCache::fileFor(const std::string& scope) const {
 }
 
 void ScanCache::save(const ScanSnapshot& snapshot, const std::string& scope) {
+    save(std::make_shared<const ScanSnapshot>(snapshot), scope);
+}
+
+void ScanCache::save(std::shared_ptr<const ScanSnapshot> snapshot, const std::string& scope) {
     // The location is taken now, in the environment of the caller.
     const std::string file = fileFor(scope);
-    queue_.async([this, snapshot, scope, file] { write(snapshot, scope, file); });
+    queue_.async([this, snapshot = std::move(snapshot), scope, file] {
+        write(*snapshot, scope, file);
+    });
 }
 
 void ScanCache::drain() {
@@ -124,7 +130,9 @@ ScanCache::SaveOutcome ScanCache::write(const ScanSnapshot& snapshot, const std:
     if (!encoded) return SaveOutcome::tooLarge;
 
     removeAbandonedTemporaries(cacheFolder);
-    if (platform::writeFileAtomically(file, *encoded)) return SaveOutcome::writeFailed;
+    if (platform::writeFileAtomically(file, *encoded, platform::Durability::regenerable)) {
+        return SaveOutcome::writeFailed;
+    }
     return SaveOutcome::saved;
 }
 

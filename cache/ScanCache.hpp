@@ -16,6 +16,7 @@
 
 #include <chrono>
 #include <cstddef>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -45,6 +46,8 @@ class ScanCache {
     std::string fileFor(const std::string& scope) const;
 
     void save(const ScanSnapshot& snapshot, const std::string& scope);
+    // The same without a copy: the queue keeps the snapshot alive until it is written.
+    void save(std::shared_ptr<const ScanSnapshot> snapshot, const std::string& scope);
     void drain();
 
     // What a save came to; only tests look, the cache itself stays silent.

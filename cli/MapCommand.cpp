@@ -161,6 +161,7 @@ int runMap(const MapOptions& options) {
     InterruptScope interrupt(cancellation);
     ProgressLine progressLine;
     ScanJobOptions job;
+    job.reuseWithinSession = false;  // one scan per process: nothing to reuse
     if (progressLine.active()) {
         job.progress = [&](const std::string& item, int64_t folders, int64_t files) {
             progressLine.show(ProgressLine::scanText(item, folders, files));

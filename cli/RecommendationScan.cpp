@@ -26,6 +26,7 @@ std::variant<ScannedRecommendations, int> scanForRecommendations(const std::stri
     InterruptScope interrupt(cancellation);
     ProgressLine progressLine;
     ScanJobOptions job;
+    job.reuseWithinSession = false;  // one scan per process: nothing to reuse
     if (progressLine.active()) {
         job.progress = [&](const std::string& item, int64_t folders, int64_t files) {
             progressLine.show(ProgressLine::scanText(item, folders, files));
@@ -37,7 +38,7 @@ std::variant<ScannedRecommendations, int> scanForRecommendations(const std::stri
         std::cerr << "Scan stopped before it finished; nothing was changed.\n";
         return exitInterrupted;
     }
-    ScannedRecommendations scanned{root, std::move(outcome->snapshot), {}};
+    ScannedRecommendations scanned{root, outcome->snapshot, {}};
     scanned.recommendations = RecommendationBuilder::build(root, scanned.snapshot);
     return scanned;
 }

@@ -119,6 +119,7 @@ int reportFresh(const std::string& root, const ReportOptions& options,
     int64_t folders = 0;
     int64_t files = 0;
     ScanJobOptions job;
+    job.reuseWithinSession = false;  // one scan per process: nothing to reuse
     job.useSavedMaps = !options.noCache;
     job.progress = [&](const std::string& item, int64_t folderCount, int64_t fileCount) {
         {

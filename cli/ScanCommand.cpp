@@ -36,6 +36,7 @@ int runScan(const ScanOptions& options) {
     InterruptScope interrupt(cancellation);
     ProgressLine progressLine;
     ScanJobOptions job;
+    job.reuseWithinSession = false;  // one scan per process: nothing to reuse
     job.useSavedMaps = !options.noCache;
     if (progressLine.active()) {
         job.progress = [&](const std::string& item, int64_t folders, int64_t files) {

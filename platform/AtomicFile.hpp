@@ -10,11 +10,17 @@
 
 namespace veldan::platform {
 
-// Writes `contents` to a temporary file beside `path`, flushes it to disk and renames it
-// over `path`. A symbolic link is followed to the file it names. An existing file keeps
+// How much a write must survive. Both survive the writer being killed (the rename is
+// atomic); only `flushed` also survives a power cut, at the price of waiting for the disk.
+// A cache that is rebuilt by scanning again, and rejected whole when damaged, need not wait.
+enum class Durability { flushed, regenerable };
+
+// Writes `contents` to a temporary file beside `path`, flushes it to disk (unless it is
+// `regenerable`) and renames it over `path`. A symbolic link is followed to the file it names. An existing file keeps
 // its permission bits; a new one gets the usual ones (0666 less the umask). Returns the
 // reason ("Permission denied", "Is a directory", "Not a regular file", ...) when the
 // file could not be written; the temporary file is then removed and `path` is untouched.
-std::optional<std::string> writeFileAtomically(const std::string& path, std::string_view contents);
+std::optional<std::string> writeFileAtomically(const std::string& path, std::string_view contents,
+                                               Durability durability = Durability::flushed);
 
 }  // namespace veldan::platform

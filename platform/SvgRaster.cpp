@@ -1,71 +1,58 @@
 #include "platform/SvgRaster.hpp"
 
-#include <QBuffer>
-#include <QByteArray>
-#include <QCoreApplication>
-#include <QGuiApplication>
-#include <QImage>
-#include <QPainter>
-#include <QSvgRenderer>
-#include <memory>
+#include <dlfcn.h>
+#include <unistd.h>
+
+#include <climits>
+#include <cstdlib>
+#include <mutex>
+
+#include "platform/Paths.hpp"
 
 namespace veldan::platform {
 
 namespace {
 
-// Text needs Qt's font database, which only exists with a GUI application object.
-class HeadlessApplication {
-  public:
-    HeadlessApplication() {
-        if (QCoreApplication::instance() == nullptr) {
-            application_ = std::make_unique<QGuiApplication>(argc_, argv_);
+using RenderFunction = int (*)(const char*, size_t, int, int, char**, size_t*);
+
+constexpr const char* moduleName = "libveldan_raster.so";
+
+// Beside the program first (where the build and an installation put it), then where the
+// build placed it (test programs live elsewhere), then the linker's search path.
+RenderFunction loadRenderer() {
+    std::vector<std::string> candidates;
+    char self[PATH_MAX] = {};
+    if (::readlink("/proc/self/exe", self, sizeof self - 1) > 0) {
+        candidates.push_back(joinPath(parentPath(self), moduleName));
+    }
+#ifdef VELDAN_RASTER_MODULE
+    candidates.push_back(VELDAN_RASTER_MODULE);
+#endif
+    candidates.push_back(moduleName);
+    for (const auto& candidate : candidates) {
+        if (void* module = ::dlopen(candidate.c_str(), RTLD_NOW | RTLD_LOCAL)) {
+            if (void* symbol = ::dlsym(module, "veldanRenderSvgToPng")) {
+                return reinterpret_cast<RenderFunction>(symbol);
+            }
+            ::dlclose(module);
         }
     }
-
-  private:
-    int argc_ = 3;
-    char name_[7] = "veldan";
-    char option_[10] = "-platform";
-    char platform_[10] = "offscreen";
-    char* argv_[4] = {name_, option_, platform_, nullptr};
-    std::unique_ptr<QGuiApplication> application_;
-};
-
-// Qt reports environment details (a missing runtime folder, unknown SVG properties) that
-// say nothing about the picture; they must not reach the command's error stream.
-class QuietMessages {
-  public:
-    QuietMessages() : previous_(qInstallMessageHandler(&drop)) {}
-    ~QuietMessages() { qInstallMessageHandler(previous_); }
-    QuietMessages(const QuietMessages&) = delete;
-    QuietMessages& operator=(const QuietMessages&) = delete;
-
-  private:
-    static void drop(QtMsgType, const QMessageLogContext&, const QString&) {}
-    QtMessageHandler previous_;
-};
+    return nullptr;
+}
 
 }  // namespace
 
 std::optional<std::string> renderSvgToPng(std::string_view svg, int width, int height) {
-    if (width <= 0 || height <= 0) return std::nullopt;
-    QuietMessages quiet;
-    HeadlessApplication application;
-    QSvgRenderer renderer(QByteArray(svg.data(), static_cast<qsizetype>(svg.size())));
-    if (!renderer.isValid()) return std::nullopt;
-    QImage image(width, height, QImage::Format_ARGB32_Premultiplied);
-    if (image.isNull()) return std::nullopt;
-    image.fill(Qt::transparent);
-    {
-        QPainter painter(&image);
-        painter.setRenderHints(QPainter::Antialiasing | QPainter::TextAntialiasing |
-                               QPainter::SmoothPixmapTransform);
-        renderer.render(&painter);
-    }
-    QByteArray bytes;
-    QBuffer buffer(&bytes);
-    if (!buffer.open(QIODevice::WriteOnly) || !image.save(&buffer, "PNG")) return std::nullopt;
-    return std::string(bytes.constData(), static_cast<size_t>(bytes.size()));
+    static std::once_flag loaded;
+    static RenderFunction render = nullptr;
+    std::call_once(loaded, [] { render = loadRenderer(); });
+    if (render == nullptr || width <= 0 || height <= 0) return std::nullopt;
+    char* png = nullptr;
+    size_t size = 0;
+    if (!render(svg.data(), svg.size(), width, height, &png, &size)) return std::nullopt;
+    std::string out(png, size);
+    std::free(png);
+    return out;
 }
 
 }  // namespace veldan::platform
