@@ -68,13 +68,14 @@ enum Node : size_t {
 
 class Encoder {
   public:
-    explicit Encoder(size_t maximumBytes) : maximumBytes_(maximumBytes) {
+    Encoder(PropertyListWriter::Sink sink, size_t maximumBytes) : writer_(std::move(sink), maximumBytes) {
         for (size_t i = 0; i < nodeKeys.size(); ++i)
             nodeKeyRefs_[i] = writer_.string(nodeKeys[i]);
     }
 
-    std::optional<std::string> archive(const std::string& scopePath, const RootIdentity& identity,
-                                       const ScanSnapshot& scanned) {
+    // The archive's top record; nothing when the tree is deeper than maximumDepth.
+    std::optional<Ref> archive(const std::string& scopePath, const RootIdentity& identity,
+                               const ScanSnapshot& scanned) {
         const auto snapshotRef = snapshot(scanned);
         if (!snapshotRef) return std::nullopt;
         const Ref identityRef = dictionary(
@@ -82,11 +83,11 @@ class Encoder {
             {writer_.integer(identity.device), writer_.integer(identity.inode),
              writer_.string(identity.resolvedPath), writer_.integer(identity.resolvedDevice),
              writer_.integer(identity.resolvedInode)});
-        const Ref top =
-            dictionary(archiveKeys, {writer_.integer(ScanArchive::currentVersion),
-                                     writer_.string(scopePath), identityRef, *snapshotRef});
-        return writer_.finish(top, maximumBytes_);
+        return dictionary(archiveKeys, {writer_.integer(ScanArchive::currentVersion),
+                                        writer_.string(scopePath), identityRef, *snapshotRef});
     }
+
+    PropertyListWriter& writer() { return writer_; }
 
   private:
     template <size_t N>
@@ -157,8 +158,8 @@ class Encoder {
             if (!ref) return std::nullopt;
             childRefs.push_back(*ref);
         }
-        // Give up as soon as the document is certain to be too large.
-        if (writer_.encodedBytes() > maximumBytes_) return std::nullopt;
+        // Give up as soon as the document can no longer be written whole.
+        if (writer_.failed()) return std::nullopt;
         std::vector<Ref> excludedRefs;
         for (const auto& excludedPath : node.excludedPaths)
             excludedRefs.push_back(writer_.string(excludedPath));
@@ -171,7 +172,6 @@ class Encoder {
         return writer_.dictionary(nodeKeyRefs_, values);
     }
 
-    size_t maximumBytes_;
     PropertyListWriter writer_;
     std::array<Ref, nodeKeys.size()> nodeKeyRefs_{};
 };
@@ -433,8 +433,28 @@ class Decoder {
 std::optional<std::string> ScanArchive::encode(const std::string& scopePath,
                                                const RootIdentity& rootIdentity,
                                                const ScanSnapshot& snapshot, size_t maximumBytes) {
-    Encoder encoder(maximumBytes);
-    return encoder.archive(scopePath, rootIdentity, snapshot);
+    std::string document;
+    const auto result = write(scopePath, rootIdentity, snapshot, maximumBytes,
+                              [&](std::string_view piece) {
+                                  document.append(piece);
+                                  return true;
+                              });
+    if (result != PropertyListWriter::WriteResult::written) return std::nullopt;
+    return document;
+}
+
+PropertyListWriter::WriteResult ScanArchive::write(const std::string& scopePath,
+                                                   const RootIdentity& rootIdentity,
+                                                   const ScanSnapshot& snapshot,
+                                                   size_t maximumBytes,
+                                                   const PropertyListWriter::Sink& sink) {
+    Encoder encoder(sink, maximumBytes);
+    const auto top = encoder.archive(scopePath, rootIdentity, snapshot);
+    if (!top) {
+        return encoder.writer().failed() ? encoder.writer().complete(0)
+                                         : PropertyListWriter::WriteResult::tooLarge;
+    }
+    return encoder.writer().complete(*top);
 }
 
 std::optional<ScanArchive> ScanArchive::decode(std::string_view document) {

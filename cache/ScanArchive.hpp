@@ -17,6 +17,7 @@
 #include <string_view>
 
 #include "cache/RootIdentity.hpp"
+#include "platform/PropertyListWriter.hpp"
 #include "scan/ScanSnapshot.hpp"
 
 namespace veldan {
@@ -35,6 +36,12 @@ struct ScanArchive {
     static std::optional<std::string> encode(const std::string& scopePath,
                                              const RootIdentity& rootIdentity,
                                              const ScanSnapshot& snapshot, size_t maximumBytes);
+    // The same document streamed to `sink`, so that a large map is not held twice;
+    // `tooLarge` also covers a tree deeper than maximumDepth.
+    static platform::PropertyListWriter::WriteResult write(
+        const std::string& scopePath, const RootIdentity& rootIdentity,
+        const ScanSnapshot& snapshot, size_t maximumBytes,
+        const platform::PropertyListWriter::Sink& sink);
     // Nothing unless `document` is a whole, well-typed record of the current version (the
     // only one accepted, so the decoded record does not repeat it).
     static std::optional<ScanArchive> decode(std::string_view document);

@@ -126,14 +126,18 @@ ScanCache::SaveOutcome ScanCache::write(const ScanSnapshot& snapshot, const std:
     if (platform::createFolders(cacheFolder, 0700) != 0) return SaveOutcome::cacheUnavailable;
     tagCacheFolder(cacheFolder);
 
-    auto encoded = ScanArchive::encode(scopePath, *identity, snapshot, maximumFileBytes);
-    if (!encoded) return SaveOutcome::tooLarge;
-
     removeAbandonedTemporaries(cacheFolder);
-    if (platform::writeFileAtomically(file, *encoded, platform::Durability::regenerable)) {
-        return SaveOutcome::writeFailed;
-    }
-    return SaveOutcome::saved;
+    // Streamed into the file: a large map is not held a second time as one block.
+    auto result = platform::PropertyListWriter::WriteResult::sinkFailed;
+    const auto failure = platform::writeFileAtomically(
+        file,
+        [&](const platform::ContentSink& sink) {
+            result = ScanArchive::write(scopePath, *identity, snapshot, maximumFileBytes, sink);
+            return result == platform::PropertyListWriter::WriteResult::written;
+        },
+        platform::Durability::regenerable);
+    if (result == platform::PropertyListWriter::WriteResult::tooLarge) return SaveOutcome::tooLarge;
+    return failure ? SaveOutcome::writeFailed : SaveOutcome::saved;
 }
 
 std::optional<ScanSnapshot> ScanCache::load(const std::string& scope) const {

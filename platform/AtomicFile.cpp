@@ -36,6 +36,13 @@ int writeAll(int fd, std::string_view contents) {
 
 std::optional<std::string> writeFileAtomically(const std::string& path, std::string_view contents,
                                                Durability durability) {
+    return writeFileAtomically(
+        path, [&](const ContentSink& write) { return write(contents); }, durability);
+}
+
+std::optional<std::string> writeFileAtomically(const std::string& path,
+                                               const std::function<bool(const ContentSink&)>& produce,
+                                               Durability durability) {
     std::string target = absolutePath(path);
     struct stat status {};
     if (::lstat(target.c_str(), &status) == 0 && S_ISLNK(status.st_mode)) {
@@ -56,7 +63,13 @@ std::optional<std::string> writeFileAtomically(const std::string& path, std::str
     if (!fd) return reason(errno);
     int error = 0;
     if (keptMode && ::fchmod(fd.get(), *keptMode) != 0) error = errno;
-    if (error == 0) error = writeAll(fd.get(), contents);
+    if (error == 0) {
+        const bool produced = produce([&](std::string_view piece) {
+            error = writeAll(fd.get(), piece);
+            return error == 0;
+        });
+        if (!produced && error == 0) error = ECANCELED;
+    }
     if (error == 0 && durability == Durability::flushed && ::fsync(fd.get()) != 0) error = errno;
     if (::close(fd.release()) != 0 && error == 0) error = errno;
     if (error == 0 && ::rename(temporary.c_str(), target.c_str()) != 0) error = errno;

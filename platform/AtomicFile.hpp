@@ -4,6 +4,7 @@
 //
 // Contract: synchronous, on the caller's thread. Failures come back as data.
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -21,6 +22,13 @@ enum class Durability { flushed, regenerable };
 // reason ("Permission denied", "Is a directory", "Not a regular file", ...) when the
 // file could not be written; the temporary file is then removed and `path` is untouched.
 std::optional<std::string> writeFileAtomically(const std::string& path, std::string_view contents,
+                                               Durability durability = Durability::flushed);
+
+// The same with contents produced in pieces: `produce` calls its argument with each piece
+// and returns false to give up (the temporary file is removed and `path` is untouched).
+using ContentSink = std::function<bool(std::string_view piece)>;
+std::optional<std::string> writeFileAtomically(const std::string& path,
+                                               const std::function<bool(const ContentSink&)>& produce,
                                                Durability durability = Durability::flushed);
 
 }  // namespace veldan::platform

@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <functional>
+#include <utility>
 
 #include "platform/PropertyListText.hpp"
 #include "platform/Utf8.hpp"
@@ -11,6 +12,9 @@
 namespace veldan::platform {
 
 namespace {
+
+// Scalars up to this many encoded bytes are shared between equal values.
+constexpr size_t maximumSharedBytes = 40;
 
 // Seconds between 1970-01-01 and 2001-01-01, the epoch of property-list dates.
 constexpr int64_t referenceDateMicroseconds = 978'307'200LL * 1'000'000;
@@ -79,62 +83,78 @@ void appendUtf16(std::string& out, std::string_view text, size_t& units) {
     }
 }
 
+constexpr size_t pieceBytes = 64 * 1024;
+constexpr unsigned refSize = 4;
+
 }  // namespace
 
-size_t PropertyListWriter::ScalarHash::operator()(std::string_view bytes) const {
-    return std::hash<std::string_view>{}(bytes);
-}
-size_t PropertyListWriter::ScalarHash::operator()(Ref ref) const {
-    return (*this)(writer->scalarBytes(ref));
-}
-bool PropertyListWriter::ScalarEqual::operator()(Ref a, Ref b) const {
-    return writer->scalarBytes(a) == writer->scalarBytes(b);
-}
-bool PropertyListWriter::ScalarEqual::operator()(std::string_view a, Ref b) const {
-    return a == writer->scalarBytes(b);
-}
-bool PropertyListWriter::ScalarEqual::operator()(Ref a, std::string_view b) const {
-    return writer->scalarBytes(a) == b;
-}
+PropertyListWriter::PropertyListWriter() : pending_("bplist00") {}
 
-PropertyListWriter::PropertyListWriter() : shared_(64, ScalarHash{this}, ScalarEqual{this}) {}
-
-std::string_view PropertyListWriter::scalarBytes(Ref ref) const {
-    const Object& object = objects_[ref];
-    return std::string_view(scalars_).substr(object.start, object.length);
-}
-
-PropertyListWriter::Ref PropertyListWriter::addScalar(std::string_view encoded) {
-    if (auto found = shared_.find(encoded); found != shared_.end()) return *found;
-    if (objects_.size() >= UINT32_MAX) std::abort();
-    const auto ref = static_cast<Ref>(objects_.size());
-    objects_.push_back(Object{scalars_.size(), encoded.size(), Kind::scalar});
-    scalars_.append(encoded);
-    shared_.insert(ref);
-    return ref;
+PropertyListWriter::PropertyListWriter(Sink sink, size_t maximumBytes)
+    : sink_(std::move(sink)), maximumBytes_(maximumBytes) {
+    pending_.reserve(pieceBytes + 64);
+    pending_ = "bplist00";
 }
 
 void PropertyListWriter::checkRef(Ref ref) const {
-    if (ref >= objects_.size()) std::abort();
+    if (ref >= offsets_.size()) std::abort();
 }
 
-PropertyListWriter::Ref PropertyListWriter::addContainer(Kind kind, std::span<const Ref> first,
+void PropertyListWriter::flush() {
+    if (!sink_ || pending_.empty() || failed()) return;
+    if (!sink_(pending_)) state_ = WriteResult::sinkFailed;
+    pending_.clear();
+}
+
+PropertyListWriter::Ref PropertyListWriter::record(std::string_view encoded) {
+    if (offsets_.size() >= UINT32_MAX) std::abort();
+    const auto ref = static_cast<Ref>(offsets_.size());
+    const uint64_t start = written_ + pending_.size();
+    offsets_.push_back(start);
+    if (start + encoded.size() > maximumBytes_) state_ = WriteResult::tooLarge;
+    if (failed()) return ref;  // references stay valid; nothing more is written
+    pending_.append(encoded);
+    if (sink_ && pending_.size() >= pieceBytes) {
+        written_ += pending_.size();
+        flush();
+    }
+    return ref;
+}
+
+PropertyListWriter::Ref PropertyListWriter::addScalar(std::string_view encoded) {
+    // Keys, categories, flags and small numbers repeat in every record and are shared;
+    // paths are unique, so remembering them would only cost memory.
+    const bool shareable = encoded.size() <= maximumSharedBytes;
+    if (shareable) {
+        if (auto found = shared_.find(std::string(encoded)); found != shared_.end()) {
+            return found->second;
+        }
+    }
+    const Ref ref = record(encoded);
+    if (shareable) shared_.emplace(std::string(encoded), ref);
+    return ref;
+}
+
+PropertyListWriter::Ref PropertyListWriter::addContainer(uint8_t marker,
+                                                         std::span<const Ref> first,
                                                          std::span<const Ref> second) {
     if (first.empty() && second.empty()) {
         // Empty containers are shared like scalars: they cannot nest anything.
-        return addScalar(kind == Kind::array ? std::string_view("\xA0", 1)
-                                             : std::string_view("\xD0", 1));
+        const char empty = static_cast<char>(marker);
+        return addScalar(std::string_view(&empty, 1));
     }
-    for (Ref ref : first)
+    std::string encoded;
+    encoded.reserve(16 + (first.size() + second.size()) * refSize);
+    appendHeader(encoded, marker, first.size());
+    for (Ref ref : first) {
         checkRef(ref);
-    for (Ref ref : second)
+        appendBigEndian(encoded, ref, refSize);
+    }
+    for (Ref ref : second) {
         checkRef(ref);
-    if (objects_.size() >= UINT32_MAX) std::abort();
-    const auto ref = static_cast<Ref>(objects_.size());
-    objects_.push_back(Object{refs_.size(), first.size(), kind});
-    refs_.insert(refs_.end(), first.begin(), first.end());
-    refs_.insert(refs_.end(), second.begin(), second.end());
-    return ref;
+        appendBigEndian(encoded, ref, refSize);
+    }
+    return record(encoded);
 }
 
 PropertyListWriter::Ref PropertyListWriter::string(std::string_view bytes) {
@@ -181,61 +201,51 @@ PropertyListWriter::Ref PropertyListWriter::data(std::string_view bytes) {
 }
 
 PropertyListWriter::Ref PropertyListWriter::array(std::span<const Ref> items) {
-    return addContainer(Kind::array, items, {});
+    return addContainer(0xA0, items, {});
 }
 
 PropertyListWriter::Ref PropertyListWriter::dictionary(std::span<const Ref> keys,
                                                        std::span<const Ref> values) {
     if (keys.size() != values.size()) std::abort();
-    return addContainer(Kind::dictionary, keys, values);
+    return addContainer(0xD0, keys, values);
 }
 
-std::optional<std::string> PropertyListWriter::finish(Ref root, size_t maximumBytes) const {
+std::string PropertyListWriter::trailer(Ref root) const {
     checkRef(root);
-    const uint64_t count = objects_.size();
-    const unsigned refSize = byteWidth(count - 1);
-    // First pass: where each object will start, so the offset width is known.
-    std::vector<uint64_t> offsets(count);
-    uint64_t position = 8;
-    for (uint64_t i = 0; i < count; ++i) {
-        offsets[i] = position;
-        const Object& object = objects_[i];
-        if (object.kind == Kind::scalar) {
-            position += object.length;
-        } else {
-            const uint64_t refs =
-                object.kind == Kind::dictionary ? 2 * object.length : object.length;
-            position += headerBytes(object.length) + refs * refSize;
-        }
-    }
-    const uint64_t tableOffset = position;
-    const unsigned offsetSize = byteWidth(offsets.back());
-    const uint64_t total = tableOffset + count * offsetSize + 32;
-    if (total > maximumBytes) return std::nullopt;
-
+    const uint64_t tableOffset = written_ + pending_.size();
+    const unsigned offsetSize = byteWidth(offsets_.empty() ? 0 : offsets_.back());
     std::string out;
-    out.reserve(total);
-    out += "bplist00";
-    for (uint64_t i = 0; i < count; ++i) {
-        const Object& object = objects_[i];
-        if (object.kind == Kind::scalar) {
-            out.append(scalars_, object.start, object.length);
-            continue;
-        }
-        appendHeader(out, object.kind == Kind::dictionary ? 0xD0 : 0xA0, object.length);
-        const uint64_t refs = object.kind == Kind::dictionary ? 2 * object.length : object.length;
-        for (uint64_t r = 0; r < refs; ++r)
-            appendBigEndian(out, refs_[object.start + r], refSize);
-    }
-    for (uint64_t offset : offsets)
+    out.reserve(offsets_.size() * offsetSize + 32);
+    for (uint64_t offset : offsets_)
         appendBigEndian(out, offset, offsetSize);
     out.append(6, '\0');  // unused, sort version
     out += static_cast<char>(offsetSize);
     out += static_cast<char>(refSize);
-    appendBigEndian(out, count, 8);
+    appendBigEndian(out, offsets_.size(), 8);
     appendBigEndian(out, root, 8);
     appendBigEndian(out, tableOffset, 8);
     return out;
+}
+
+std::optional<std::string> PropertyListWriter::finish(Ref root, size_t maximumBytes) const {
+    if (sink_ || failed()) std::abort();  // finish() is for documents kept in memory
+    std::string document = pending_;
+    document += trailer(root);
+    if (document.size() > maximumBytes) return std::nullopt;
+    return document;
+}
+
+PropertyListWriter::WriteResult PropertyListWriter::complete(Ref root) {
+    if (!sink_) std::abort();  // complete() is for streamed documents
+    if (failed()) return state_;
+    const std::string end = trailer(root);
+    if (written_ + pending_.size() + end.size() > maximumBytes_) {
+        state_ = WriteResult::tooLarge;
+        return state_;
+    }
+    pending_ += end;
+    flush();
+    return state_;
 }
 
 }  // namespace veldan::platform

@@ -3,12 +3,17 @@
 // encoder in its binary form), built bottom-up: every value added returns a reference,
 // and containers are made from references of values added before them.
 //
+// Each value is encoded the moment it is added and handed on in pieces of about 64 KiB
+// (to a sink, or kept in memory), so the writer holds eight bytes per value for the
+// offset table and nothing else: the saved map of a large scan is never in memory twice.
+// References are therefore always four bytes wide (the width cannot wait for the count);
+// readers take any width the trailer names.
+//
 // Why not libplist: libplist 2.2 (Debian 12) takes seconds to encode the few hundred
 // thousand values of a large scan (its de-duplicating hash table degrades to linear
-// search) and allocates several blocks per value when decoding. This writer keeps one
-// buffer, shares equal scalars (keys, categories, flags) as the platform encoder does,
-// and picks the smallest reference and offset sizes when it finishes. libplist stays the
-// reference the tests hold these files against.
+// search) and allocates several blocks per value when decoding. libplist stays the
+// reference the tests hold these files against. Short scalars (keys, categories, flags,
+// small numbers) are shared as the platform encoder does; long ones (paths) are unique.
 //
 // Text is raw bytes: strings and dictionary keys go through encodePropertyListText, so
 // names that are not UTF-8 come back byte for byte (PropertyListReader decodes them).
@@ -20,11 +25,12 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <span>
 #include <string>
 #include <string_view>
-#include <unordered_set>
+#include <unordered_map>
 #include <vector>
 
 namespace veldan::platform {
@@ -32,8 +38,14 @@ namespace veldan::platform {
 class PropertyListWriter {
   public:
     using Ref = uint32_t;
+    enum class WriteResult { written, tooLarge, sinkFailed };
+    using Sink = std::function<bool(std::string_view piece)>;
 
+    // Keeps the document in memory, for finish(root).
     PropertyListWriter();
+    // Streams the document to `sink`. Once it would exceed `maximumBytes`, or the sink
+    // refuses a piece, nothing more is written and complete() says why.
+    PropertyListWriter(Sink sink, size_t maximumBytes);
     PropertyListWriter(const PropertyListWriter&) = delete;
     PropertyListWriter& operator=(const PropertyListWriter&) = delete;
 
@@ -46,45 +58,33 @@ class PropertyListWriter {
     // `keys[i]` (references to strings) maps to `values[i]`; the key order is kept.
     Ref dictionary(std::span<const Ref> keys, std::span<const Ref> values);
 
-    // Bytes of encoded values so far: a lower bound of the document's size, so a caller
-    // can give up early on a document that will be too large anyway.
-    size_t encodedBytes() const { return scalars_.size() + refs_.size() * sizeof(Ref); }
+    // True once the document can no longer be written whole (too large, or the sink
+    // failed): a caller can stop adding values.
+    bool failed() const { return state_ != WriteResult::written; }
 
-    // The whole document with `root` as its top object, or nothing when it would be
-    // larger than `maximumBytes`.
+    // In memory: the whole document with `root` as its top object, or nothing when it
+    // would be larger than `maximumBytes`. The writer stays usable.
     std::optional<std::string> finish(Ref root, size_t maximumBytes = SIZE_MAX) const;
+    // Streaming: appends the offset table and trailer with `root` as the top object and
+    // hands on the last piece. Call once.
+    WriteResult complete(Ref root);
 
   private:
-    enum class Kind : uint8_t { scalar, array, dictionary };
-    struct Object {
-        uint64_t start;   // scalar: offset in scalars_; container: index in refs_
-        uint64_t length;  // scalar: bytes; container: number of elements
-        Kind kind;
-    };
-    struct ScalarHash {
-        using is_transparent = void;
-        const PropertyListWriter* writer;
-        size_t operator()(std::string_view bytes) const;
-        size_t operator()(Ref ref) const;
-    };
-    struct ScalarEqual {
-        using is_transparent = void;
-        const PropertyListWriter* writer;
-        bool operator()(Ref a, Ref b) const;
-        bool operator()(std::string_view a, Ref b) const;
-        bool operator()(Ref a, std::string_view b) const;
-    };
-
-    std::string_view scalarBytes(Ref ref) const;
     Ref addScalar(std::string_view encoded);
-    Ref addContainer(Kind kind, std::span<const Ref> first, std::span<const Ref> second);
+    Ref addContainer(uint8_t marker, std::span<const Ref> first, std::span<const Ref> second);
+    Ref record(std::string_view encoded);
     void checkRef(Ref ref) const;
+    std::string trailer(Ref root) const;
+    void flush();
 
-    std::string scratch_;          // the encoding of the scalar being added
-    std::string scalars_;          // encoded scalars, back to back
-    std::vector<Ref> refs_;        // container elements, back to back
-    std::vector<Object> objects_;  // in reference order
-    std::unordered_set<Ref, ScalarHash, ScalarEqual> shared_;
+    Sink sink_;                      // empty: the document stays in `pending_`
+    size_t maximumBytes_ = SIZE_MAX;
+    WriteResult state_ = WriteResult::written;
+    uint64_t written_ = 0;           // bytes handed to the sink so far
+    std::string pending_;            // encoded bytes not yet handed on
+    std::string scratch_;            // the encoding of the value being added
+    std::vector<uint64_t> offsets_;  // where each value starts, in reference order
+    std::unordered_map<std::string, Ref> shared_;  // short scalars already written
 };
 
 }  // namespace veldan::platform
