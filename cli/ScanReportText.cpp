@@ -132,13 +132,11 @@ void writeUnreadable(std::ostream& out, const ScanSnapshot& snapshot, const Styl
         }
     }
     if (snapshot.skippedPhotosLibraries > 0) {
-        out << groupedNumber(snapshot.skippedPhotosLibraries) << " Photos "
-            << (snapshot.skippedPhotosLibraries == 1 ? "library" : "libraries")
+        out << "Photos libraries: " << groupedNumber(snapshot.skippedPhotosLibraries)
             << ScanIssueReason::photosSkippedHint << '\n';
     }
     if (snapshot.skippedMusicLibraries > 0) {
-        out << groupedNumber(snapshot.skippedMusicLibraries) << " Music "
-            << (snapshot.skippedMusicLibraries == 1 ? "library" : "libraries")
+        out << "Music libraries: " << groupedNumber(snapshot.skippedMusicLibraries)
             << ScanIssueReason::mediaSkippedHint << '\n';
     }
 }

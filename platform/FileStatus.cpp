@@ -5,6 +5,7 @@
 #include <sys/sysmacros.h>
 
 #include <cerrno>
+#include <cstdint>
 
 namespace veldan::platform {
 
@@ -25,7 +26,10 @@ FileStatus toStatus(const struct statx& sx) {
     s.mode = sx.stx_mode;
     s.linkCount = sx.stx_nlink;
     s.size = static_cast<int64_t>(sx.stx_size);
-    s.blocks = static_cast<int64_t>(sx.stx_blocks);
+    // A corrupt or hostile file system can report any count; saturating keeps a huge one
+    // huge (it is then reported as unavailable) instead of wrapping to a negative size.
+    s.blocks = sx.stx_blocks > static_cast<uint64_t>(INT64_MAX) ? INT64_MAX
+                                                                 : static_cast<int64_t>(sx.stx_blocks);
     if (sx.stx_mask & STATX_MTIME) s.modified = toTimestamp(sx.stx_mtime);
     if (sx.stx_mask & STATX_CTIME) s.changed = toTimestamp(sx.stx_ctime);
     if (sx.stx_mask & STATX_BTIME) s.created = toTimestamp(sx.stx_btime);

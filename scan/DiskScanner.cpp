@@ -2,6 +2,7 @@
 
 #include <cstring>
 #include <exception>
+#include <system_error>
 #include <thread>
 
 #include "platform/DirectoryReader.hpp"
@@ -150,12 +151,22 @@ std::optional<DiskScanner::Walk> DiskScanner::walk(
                     result = {};
                 }
             }
-            state.finish(*index, std::move(result));
+            try {
+                state.finish(*index, std::move(result));
+            } catch (const std::exception&) {
+                context.issues().record(path, ScanIssueReason::couldNotMeasure);
+            }
         }
     };
     const size_t workerCount = std::min(entries.size(), maximumWorkers);
     std::vector<std::thread> workers;
-    for (size_t i = 1; i < workerCount; ++i) workers.emplace_back(work);
+    for (size_t i = 1; i < workerCount; ++i) {
+        try {
+            workers.emplace_back(work);
+        } catch (const std::system_error&) {
+            break;  // fewer threads are slower, not wrong: the hand-out is dynamic
+        }
+    }
     if (workerCount > 0) work();
     for (auto& worker : workers) worker.join();
     state.close();

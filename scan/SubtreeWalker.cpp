@@ -110,7 +110,16 @@ bool SubtreeWalker::enter(int parentFd, const ScanEntry& entry, Role parentRole,
     frame.flags = parentFlags | categoryFlags(entry.name);
     int error = 0;
     frame.fd = platform::openDirectoryAt(parentFd, entry.name.c_str(), error);
-    if (!frame.fd) context_.issues().record(path_, ScanIssueReason::forErrno(error));
+    if (!frame.fd) {
+        context_.issues().record(path_, ScanIssueReason::forErrno(error));
+    } else if (auto opened = platform::statDescriptor(frame.fd.get(), error);
+               !opened || FolderIdentity{opened->device, opened->inode} != frame.identity) {
+        // Renamed or replaced since it was listed: the folder opened is not the one claimed
+        // in the visited set, and walking it could count another folder twice.
+        context_.issues().record(path_, ScanIssueReason::vanished);
+        path_.resize(parentLength);
+        return false;
+    }
     ++folders_;
     frames_.push_back(std::move(frame));
     parkDeepFrames();
@@ -119,25 +128,30 @@ bool SubtreeWalker::enter(int parentFd, const ScanEntry& entry, Role parentRole,
 
 SubtreeWalker::Role SubtreeWalker::roleFor(int parentFd, const std::string& name, Role parentRole,
                                            int depth) {
+    // A media library is looked at before anything is read inside it, at any depth.
+    const bool skippedLibrary = isUnauthorisedLibrary(name);
     if (parentRole != Role::mapped) return Role::inner;
-    if (depth > mappedDepth) return Role::boundary;
-    if (OpaqueFolderPolicy::kindAt(parentFd, name, path_, context_.settings().home)) {
+    if (skippedLibrary || depth > mappedDepth ||
+        OpaqueFolderPolicy::kindAt(parentFd, name, path_, context_.settings().home)) {
         return Role::boundary;
     }
-    const std::string extension = platform::pathExtension(name);
-    if (!extension.empty()) {
-        if (isPhotoLibrary(extension) &&
-            context_.settings().photos != platform::MediaAuthorization::authorized) {
-            context_.issues().recordSkippedPhotosLibrary(path_);
-            return Role::boundary;
-        }
-        if (isMusicLibrary(extension) &&
-            context_.settings().music != platform::MediaAuthorization::authorized) {
-            context_.issues().recordSkippedMusicLibrary(path_);
-            return Role::boundary;
-        }
-    }
     return Role::mapped;
+}
+
+bool SubtreeWalker::isUnauthorisedLibrary(const std::string& name) {
+    if (name.find('.') == std::string::npos) return false;
+    const std::string extension = platform::pathExtension(name);
+    if (isPhotoLibrary(extension) &&
+        context_.settings().photos != platform::MediaAuthorization::authorized) {
+        context_.issues().recordSkippedPhotosLibrary(path_);
+        return true;
+    }
+    if (isMusicLibrary(extension) &&
+        context_.settings().music != platform::MediaAuthorization::authorized) {
+        context_.issues().recordSkippedMusicLibrary(path_);
+        return true;
+    }
+    return false;
 }
 
 void SubtreeWalker::list(Frame& frame) {
@@ -190,7 +204,9 @@ void SubtreeWalker::measureFile(Frame& frame, const char* name, size_t length,
         } else if (bytes >= ClonedFileSpace::queryFloor && platform::cloneAttributesAvailable()) {
             bytes = ClonedFileSpace::diskShare(childPath(name, length), bytes);
         }
-        if (bytes >= LargestFileCollector::minimumBytes) {
+        // Only the mapped part of the tree offers files: folders measured as a whole are
+        // summed without looking at what is inside them.
+        if (frame.role == Role::mapped && bytes >= LargestFileCollector::minimumBytes) {
             context_.largestFiles().record(childPath(name, length), bytes);
         }
     }

@@ -8,9 +8,9 @@
 //    descriptor (openat, O_NOFOLLOW), so trees deeper than PATH_MAX are measured and a
 //    folder swapped for a link is never followed.
 //  - Frames at depth 1 to 5 are mapped: they keep their 17 largest children as nodes
-//    plus one "Other" summary. A folder at depth 6, an opaque folder and an unauthorised
-//    media library become a node without children measured as a whole; everything
-//    below them is only summed.
+//    plus one "Other" summary, and offer their files to the largest-file list. A folder
+//    at depth 6, an opaque folder and an unauthorised media library become a node
+//    without children measured as a whole; everything below them is only summed.
 //  - At most `maximumOpenFolders` descriptors stay open per worker. Deeper frames park
 //    the descriptor of the frame `maximumOpenFolders` below, and a parked frame is
 //    reopened through ".." of its child and checked against its recorded identity.
@@ -75,6 +75,9 @@ private:
     bool enter(int parentFd, const ScanEntry& entry, Role parentRole, int depth,
                CategoryFlags parentFlags);
     Role roleFor(int parentFd, const std::string& name, Role parentRole, int depth);
+    // Records and answers whether `name` (the folder at path_) is a photo or music library
+    // the user has not authorised Veldan to read.
+    bool isUnauthorisedLibrary(const std::string& name);
     void list(Frame& frame);
     void measureFile(Frame& frame, const char* name, size_t length,
                      const platform::FileStatus& status);

@@ -39,6 +39,8 @@ TEST(ClonedFileSpace, SharedBlocksAreSplitAmongLiveClones) {
 }
 
 TEST(ClonedFileSpace, FullSizeWithoutLiveClonesPrivateBlocksOrAnAnswer) {
+    FakeQuery none0{ClonedFileSpace::Sharing{0, 7, 0}};
+    EXPECT_EQ(ClonedFileSpace::diskShare("/f", 1'000'000, none0.query()), 1'000'000);
     FakeQuery single{ClonedFileSpace::Sharing{0, 7, 1}};
     EXPECT_EQ(ClonedFileSpace::diskShare("/f", 1'000'000, single.query()), 1'000'000);
     FakeQuery allPrivate{ClonedFileSpace::Sharing{1'000'000, 7, 3}};
