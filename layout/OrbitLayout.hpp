@@ -20,8 +20,10 @@ class OrbitLayout {
     static constexpr double margin = 8.0;  // between the view's edge and the ring
     static constexpr double innerRatio = 0.52;
 
-    // The sectors of `children` with more than zero bytes, in their order.
+    // The sectors of `children` with more than zero bytes, in their order. Items point into
+    // `children`, which must outlive them (a temporary list is refused at compile time).
     static std::vector<OrbitItem> items(const std::vector<DiskNode>& children);
+    static std::vector<OrbitItem> items(std::vector<DiskNode>&& children) = delete;
 
     // The square the ring fills in a square view of side `diameter` (the view less the
     // margin), so that OrbitSector geometry in it matches the hit test.

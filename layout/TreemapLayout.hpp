@@ -29,8 +29,10 @@ class TreemapLayout {
     static constexpr double titleBand = 26.0;  // kept free for the parent tile's title
     static constexpr int deepestLevel = 2;
 
-    // The tiles of `folder`'s children in a view of `width` x `height` points.
+    // The tiles of `folder`'s children in a view of `width` x `height` points. Tiles point
+    // into `folder`, which must outlive them (a temporary is refused at compile time).
     static std::vector<MapTile> tiles(const DiskNode& folder, double width, double height);
+    static std::vector<MapTile> tiles(DiskNode&& folder, double width, double height) = delete;
 
     // Appends the tiles of `children` (and their nested tiles) laid out in `rect`.
     static void addChildren(const std::vector<DiskNode>& children, MapRect rect, int level,

@@ -35,7 +35,8 @@ TEST(OrbitItems, OneChildTakesTheWholeTurnAndNoBytesGiveAnEmptyRing) {
     ASSERT_EQ(items.size(), 1u);
     EXPECT_EQ(items[0].start, 0.0);
     EXPECT_EQ(items[0].end, 1.0);
-    EXPECT_TRUE(OrbitLayout::items(folderOfFiles("/m", {0, 0}).children).empty());
+    const DiskNode empty = folderOfFiles("/m", {0, 0});
+    EXPECT_TRUE(OrbitLayout::items(empty.children).empty());
 }
 
 TEST(OrbitItems, EndsNeverPassAFullTurnWhileStartsKeepTheirTrueShares) {
