@@ -114,10 +114,7 @@ ToolCommandOutcome ToolCommand::run(const std::string& tool, const std::string& 
         const std::string tail =
             tidyTail(readRange(output.get(), static_cast<off_t>(size - length), length));
         std::string message = tool + " exited with status " + std::to_string(code) + ".";
-        if (!tail.empty()) {
-            message += " " + tail;
-            if (tail.back() != '.' && tail.back() != '!' && tail.back() != '?') message += '.';
-        }
+        if (!tail.empty()) message += " " + tail;
         if (isCleanup)
             message += " It may have cleaned some entries; scan again to see what remains.";
         return failed(message);

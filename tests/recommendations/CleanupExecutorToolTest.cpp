@@ -149,7 +149,8 @@ TEST_F(ToolCleanup, AnOverLongAnswerIsNotACacheLocation) {
 TEST_F(ToolCleanup, ANonZeroExitGivesTheStatusAndTheOutputTail) {
     const auto go = built("go", "go/pkg/mod");
     tool("go", "env", "echo 'go: cannot find GOROOT' >&2\nexit 2");
-    EXPECT_EQ(run(go).detail, "go exited with status 2. go: cannot find GOROOT.");
+    EXPECT_EQ(run(go).detail, "go exited with status 2. go: cannot find GOROOT")
+        << "the tool's own words, without a full stop added";
 
     // The cleanup fails after a long output: only the last 600 bytes are kept.
     std::string longLine(1500, 'x');
