@@ -108,8 +108,9 @@ ToolCommandOutcome ToolCommand::run(const std::string& tool, const std::string& 
     const bool exitedCleanly =
         result.ending == ChildProcessResult::Ending::exited && result.exitStatus == 0;
     if (!exitedCleanly) {
-        const int code = result.ending == ChildProcessResult::Ending::exited ? result.exitStatus
-                                                                             : 128 + result.signal;
+        // A command ended by a signal reports the signal's number, its termination status.
+        const int code =
+            result.ending == ChildProcessResult::Ending::exited ? result.exitStatus : result.signal;
         const size_t length = std::min(size, tailBytes);
         const std::string tail =
             tidyTail(readRange(output.get(), static_cast<off_t>(size - length), length));

@@ -2,6 +2,7 @@
 // scripts in a temporary search path answer the way real tools (and broken ones) do.
 
 #include <gtest/gtest.h>
+#include <signal.h>
 #include <sys/stat.h>
 
 #include <chrono>
@@ -162,6 +163,12 @@ TEST_F(ToolCleanup, ANonZeroExitGivesTheStatusAndTheOutputTail) {
                                  " permission denied! It may have cleaned some entries; scan "
                                  "again to see what remains.");
     EXPECT_EQ(reported.size(), 1u) << "a cleanup that ran may have changed the cache";
+}
+
+TEST_F(ToolCleanup, AToolEndedByASignalGivesTheSignalNumberAsItsStatus) {
+    const auto uv = built("uv", ".cache/uv");
+    tool("uv", "cache", "echo 'uv: crashed' >&2\nkill -USR1 $$\nsleep 5");
+    EXPECT_EQ(run(uv).detail, "uv exited with status " + std::to_string(SIGUSR1) + ". uv: crashed");
 }
 
 TEST_F(ToolCleanup, AToolThatIgnoresTerminateIsKilledAfterTheGrace) {
