@@ -105,13 +105,17 @@ ToolCommandOutcome ToolCommand::run(const std::string& tool, const std::string& 
     struct stat status {};
     const size_t size =
         ::fstat(output.get(), &status) == 0 ? static_cast<size_t>(status.st_size) : 0;
+    // A folder path fits in the limit whatever the exit status; past it the answer is
+    // not one, and the limit also bounds what is read into memory below.
+    if (capturingOutput && size > captureLimit)
+        return failed(tool + " returned an unexpected cache location.");
     const bool exitedCleanly =
         result.ending == ChildProcessResult::Ending::exited && result.exitStatus == 0;
     if (!exitedCleanly) {
         // A command ended by a signal reports the signal's number, its termination status.
         const int code =
             result.ending == ChildProcessResult::Ending::exited ? result.exitStatus : result.signal;
-        const size_t length = std::min(size, tailBytes);
+        const size_t length = capturingOutput ? size : std::min(size, tailBytes);
         const std::string tail =
             tidyTail(readRange(output.get(), static_cast<off_t>(size - length), length));
         std::string message = tool + " exited with status " + std::to_string(code) + ".";
@@ -121,7 +125,6 @@ ToolCommandOutcome ToolCommand::run(const std::string& tool, const std::string& 
         return failed(message);
     }
     if (!capturingOutput) return {};
-    if (size > captureLimit) return failed(tool + " returned an unexpected cache location.");
     return {readRange(output.get(), 0, size), std::nullopt};
 }
 

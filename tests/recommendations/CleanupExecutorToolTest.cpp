@@ -11,6 +11,7 @@
 
 #include "recommendations/CleanupExecutor.hpp"
 #include "recommendations/RecommendationBuilder.hpp"
+#include "recommendations/ToolSearchPath.hpp"
 #include "tests/recommendations/FakeTools.hpp"
 #include "tests/support/Files.hpp"
 #include "tests/support/IsolatedHome.hpp"
@@ -137,14 +138,25 @@ TEST_F(ToolCleanup, ATwoLineOrEmptyAnswerIsNotACacheLocation) {
     EXPECT_EQ(run(uv).detail, "uv returned an unexpected cache location.");
 }
 
-TEST_F(ToolCleanup, AnOverLongAnswerIsNotACacheLocation) {
+TEST_F(ToolCleanup, AnAnswerOfAtMost4096BytesIsReadAndALongerOneIsNotACacheLocation) {
     const auto go = built("go", "go/pkg/mod");
-    // The measured path itself, but padded past 4096 bytes with spaces.
-    tool("go", "env", "printf '%s%4100s\\n' '" + home / "go/pkg/mod" + "' ''");
+    const std::string path = home / "go/pkg/mod";
+    // The measured path padded with spaces to `bytes` in all, the line break included.
+    auto padded = [&](size_t bytes) {
+        return "printf '%s%" + std::to_string(bytes - path.size() - 1) + "s\\n' '" + path + "' ''";
+    };
+    tool("go", "env", padded(4097));
     EXPECT_EQ(run(go).detail, "go returned an unexpected cache location.");
     EXPECT_EQ(logged(), "");
-    tool("go", "env", "printf '%s%3000s\\n' '" + home / "go/pkg/mod" + "' ''");
+    tool("go", "env", padded(4096));
     EXPECT_TRUE(run(go).succeeded) << "trailing space within the limit is trimmed";
+    EXPECT_EQ(logged(),
+              "go clean -modcache PATH=" + ToolSearchPath::joined(settings().searchPath) + "\n");
+
+    // The limit comes before the exit status: a failing answer that long is no location
+    // either, and its output is not shown.
+    tool("go", "env", "printf '%4097s' ''\nexit 3");
+    EXPECT_EQ(run(go).detail, "go returned an unexpected cache location.");
 }
 
 TEST_F(ToolCleanup, ANonZeroExitGivesTheStatusAndTheOutputTail) {
@@ -152,6 +164,11 @@ TEST_F(ToolCleanup, ANonZeroExitGivesTheStatusAndTheOutputTail) {
     tool("go", "env", "echo 'go: cannot find GOROOT' >&2\nexit 2");
     EXPECT_EQ(run(go).detail, "go exited with status 2. go: cannot find GOROOT")
         << "the tool's own words, without a full stop added";
+
+    // A failing locate command's answer is at most 4096 bytes and is shown whole.
+    const std::string words = "go: " + std::string(1000, 'y');
+    tool("go", "env", "printf '%s\\n' '" + words + "'\nexit 2");
+    EXPECT_EQ(run(go).detail, "go exited with status 2. " + words);
 
     // The cleanup fails after a long output: only the last 600 bytes are kept.
     std::string longLine(1500, 'x');
