@@ -5,7 +5,7 @@
 // turned into the sentences shown to the user.
 //
 // Contract: blocks the calling thread for at most the time limit plus the grace period
-// (plus a SIGKILL). Thread-safe.
+// (plus a bounded wait after SIGKILL). Thread-safe.
 
 #include <chrono>
 #include <functional>
