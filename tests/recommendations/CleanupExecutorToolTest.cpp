@@ -230,6 +230,15 @@ TEST_F(ToolCleanup, AMeasuredCacheThatChangedRunsNothing) {
     EXPECT_EQ(logged(), "");
 }
 
+TEST_F(ToolCleanup, ACacheItemWithoutScannedFoldersRunsNothing) {
+    auto npm = built("npm", ".npm/_cacache");
+    tool("npm", "config", "echo '" + home / ".npm" + "'");
+    npm.paths.clear();
+    EXPECT_EQ(run(npm).detail, "No scanned folders are available.");
+    EXPECT_EQ(logged(), "");
+    EXPECT_TRUE(reported.empty());
+}
+
 TEST_F(ToolCleanup, ACacheReachedThroughALinkRunsNothing) {
     const auto npm = built("npm", ".npm/_cacache");
     // Between the checks of the measured folder and the answer, ~/.npm becomes a link.
