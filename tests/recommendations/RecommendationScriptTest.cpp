@@ -39,7 +39,10 @@ test::ProcessResult shellcheck(const std::string& script, std::vector<std::strin
     argv.push_back("-");
     test::ProcessOptions options;
     options.input = script;
-    return test::runProcess(argv, options);
+    auto result = test::runProcess(argv, options);
+    if (result.exitCode == 127)
+        ADD_FAILURE() << "shellcheck is missing; scripts/install-deps.sh installs it";
+    return result;
 }
 
 std::string skipLine(const std::string& path) {
@@ -96,7 +99,8 @@ TEST(RecommendationScript, OnlyReviewItemsGiveNotesWithoutAnyRunnableLine) {
         EXPECT_TRUE(line.empty() || line.starts_with("#")) << line;
         start = end + 1;
     }
-    EXPECT_EQ(shellcheck(script).out, "");
+    const auto checked = shellcheck(script);
+    EXPECT_EQ(checked.exitCode, 0) << checked.out;
 }
 
 // One tree per shell: several projects whose names are hostile to a shell, each with a
