@@ -79,6 +79,12 @@ protected:
 
 }  // namespace
 
+TEST(CleanupExecutorSettings, StandardSettingsGiveAToolThreeMinutesAndThreeSecondsOfGrace) {
+    const auto settings = CleanupExecutorSettings::standard();
+    EXPECT_EQ(settings.toolTimeLimit, 180s);
+    EXPECT_EQ(settings.toolGrace, 3s);
+}
+
 TEST_F(ToolCleanup, RunsTheCleanupWhenTheToolReportsTheMeasuredCache) {
     const auto npm = built("npm", ".npm/_cacache");
     tool("npm", "config", "echo '" + home / ".npm" + "'");
