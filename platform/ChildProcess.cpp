@@ -28,6 +28,8 @@ enum class Wait { ended, deadline, stop };
 constexpr std::chrono::milliseconds stopPollInterval{50};
 // Without pidfd (kernels before 5.3) the child is polled with waitpid this often.
 constexpr std::chrono::milliseconds reapPollInterval{10};
+// How long the child is waited for after SIGKILL.
+constexpr std::chrono::milliseconds killWait{5'000};
 
 struct SpawnSetup {
     posix_spawn_file_actions_t actions{};
@@ -69,11 +71,6 @@ Wait waitUntil(pid_t pid, int pidfd, Clock::time_point until,
         } else {
             std::this_thread::sleep_for(std::min(slice, reapPollInterval));
         }
-    }
-}
-
-void reapBlocking(pid_t pid, int& status) {
-    while (::waitpid(pid, &status, 0) < 0 && errno == EINTR) {
     }
 }
 
@@ -138,10 +135,19 @@ ChildProcessResult ChildProcess::run(const ChildProcessRequest& request) {
                                  request.stopRequested, status);
     if (first == Wait::ended) return resultOf(status);
 
-    ::kill(-pid, SIGTERM);
+    // The group reaches the tool's helpers, the pid a tool that moved itself to another
+    // group. Until it is reaped the pid is still this child's, never a stranger's.
+    auto signalChild = [pid](int number) {
+        ::kill(-pid, number);
+        ::kill(pid, number);
+    };
+    signalChild(SIGTERM);
     if (waitUntil(pid, pidfd.get(), Clock::now() + request.grace, {}, status) != Wait::ended) {
-        ::kill(-pid, SIGKILL);
-        reapBlocking(pid, status);
+        signalChild(SIGKILL);
+        // SIGKILL ends the child, but one stuck in the kernel (on a hung network file
+        // system, say) goes only when that call returns. The caller is not held past the
+        // bound for it; such a child then stays unreaped until Veldan exits.
+        waitUntil(pid, pidfd.get(), Clock::now() + killWait, {}, status);
     }
     ChildProcessResult result;
     result.ending = first == Wait::stop ? ChildProcessResult::Ending::stopped

@@ -71,7 +71,22 @@ struct MoveRequest {
     const std::string& name;
     uint64_t device;
     uint64_t inode;
+    const std::function<void()>& beforeRename;
 };
+
+// renameat2 with RENAME_NOREPLACE. A file system without that flag gets a plain rename
+// once nothing is seen under the new name; in a folder that others can write, a name
+// taken between that look and the rename is then replaced.
+int renameWithoutReplacing(int fromFd, const char* from, int toFd, const char* to) {
+    if (::renameat2(fromFd, from, toFd, to, RENAME_NOREPLACE) == 0) return 0;
+    if (errno != EINVAL) return -1;
+    int error = 0;
+    if (statAt(toFd, to, false, error) || error != ENOENT) {
+        errno = EEXIST;
+        return -1;
+    }
+    return ::renameat(fromFd, from, toFd, to);
+}
 
 // Reserves a name with the info file, checks the item once more and renames it.
 TrashOutcome moveInto(const TrashFolder& trash, const MoveRequest& request) {
@@ -102,18 +117,11 @@ TrashOutcome moveInto(const TrashFolder& trash, const MoveRequest& request) {
             forget();
             return refused("The item changed just before the move, so it stayed in place.");
         }
-        int moved = ::renameat2(request.parentFd, request.name.c_str(), trash.files.get(),
-                                name.c_str(), RENAME_NOREPLACE);
-        if (moved != 0 && errno == EINVAL) {
-            // A file system without RENAME_NOREPLACE: the info file reserved the name and
-            // files/ is private to this user, so only a leftover can be in the way.
-            if (statAt(trash.files.get(), name.c_str(), false, error) || error != ENOENT) {
-                errno = EEXIST;
-            } else {
-                moved = ::renameat(request.parentFd, request.name.c_str(), trash.files.get(),
-                                   name.c_str());
-            }
-        }
+        if (request.beforeRename) request.beforeRename();
+        // Without RENAME_NOREPLACE the info file still reserves the name, and files/ is
+        // private to this user, so only a leftover can be in the way of the plain rename.
+        const int moved = renameWithoutReplacing(request.parentFd, request.name.c_str(),
+                                                 trash.files.get(), name.c_str());
         if (moved != 0) {
             const int renameError = errno;
             forget();
@@ -123,6 +131,22 @@ TrashOutcome moveInto(const TrashFolder& trash, const MoveRequest& request) {
                     "The item is on another mount than its Trash, so it stayed in place.");
             }
             return refused(withError("Could not move the item to Trash", renameError));
+        }
+        // The check and the rename are two calls: someone who can write the parent folder
+        // may have put another entry under the name in between, and that one moved. It
+        // goes back where it was; only the verified item is ever trashed.
+        auto arrived = statAt(trash.files.get(), name.c_str(), false, error);
+        if (!arrived || !sameItem(*arrived, request.device, request.inode)) {
+            if (renameWithoutReplacing(trash.files.get(), name.c_str(), request.parentFd,
+                                       request.name.c_str()) != 0) {
+                return refused(
+                    "The item was replaced just before the move and the replacement could not "
+                    "be put back; restore it from the Trash.");
+            }
+            forget();
+            return refused(
+                "The item was replaced just before the move, so nothing was moved to "
+                "Trash.");
         }
         if (now->isDirectory()) {
             recordDirectorySize(trash.folder.get(), name,
@@ -137,7 +161,8 @@ TrashOutcome moveInto(const TrashFolder& trash, const MoveRequest& request) {
 }  // namespace
 
 TrashOutcome Trash::moveItem(int parentFd, const std::string& parentPath, const std::string& name,
-                             std::optional<ItemIdentity> expected) {
+                             std::optional<ItemIdentity> expected,
+                             const std::function<void()>& beforeRename) {
     if (name.empty() || name == "." || name == ".." || name.find('/') != std::string::npos) {
         return refused("Only a named item inside a folder can be moved to Trash.");
     }
@@ -153,7 +178,7 @@ TrashOutcome Trash::moveItem(int parentFd, const std::string& parentPath, const 
     if (expected && !sameItem(*item, expected->device, expected->inode)) {
         return refused("The item changed just before the move, so it stayed in place.");
     }
-    const MoveRequest request{parentFd, parent, name, item->device, item->inode};
+    const MoveRequest request{parentFd, parent, name, item->device, item->inode, beforeRename};
 
     std::string problem;
     std::optional<TrashFolder> trash;

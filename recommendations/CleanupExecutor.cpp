@@ -223,6 +223,10 @@ CleanupItemResult CleanupExecutor::cleanCache(const Recommendation& recommendati
                                               const std::vector<std::string>& locate,
                                               const std::string& expected,
                                               const std::vector<std::string>& cleanup) const {
+    // Without a measured folder there is nothing to prove the tool's cache against.
+    if (recommendation.paths.empty()) {
+        return itemResult(recommendation, "No scanned folders are available.");
+    }
     const std::string expectedFolder = platform::standardizePath(expected);
     ToolCleanup steps;
     steps.tool = tool;

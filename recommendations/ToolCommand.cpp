@@ -105,25 +105,26 @@ ToolCommandOutcome ToolCommand::run(const std::string& tool, const std::string& 
     struct stat status {};
     const size_t size =
         ::fstat(output.get(), &status) == 0 ? static_cast<size_t>(status.st_size) : 0;
+    // A folder path fits in the limit whatever the exit status; past it the answer is
+    // not one, and the limit also bounds what is read into memory below.
+    if (capturingOutput && size > captureLimit)
+        return failed(tool + " returned an unexpected cache location.");
     const bool exitedCleanly =
         result.ending == ChildProcessResult::Ending::exited && result.exitStatus == 0;
     if (!exitedCleanly) {
-        const int code = result.ending == ChildProcessResult::Ending::exited ? result.exitStatus
-                                                                             : 128 + result.signal;
-        const size_t length = std::min(size, tailBytes);
+        // A command ended by a signal reports the signal's number, its termination status.
+        const int code =
+            result.ending == ChildProcessResult::Ending::exited ? result.exitStatus : result.signal;
+        const size_t length = capturingOutput ? size : std::min(size, tailBytes);
         const std::string tail =
             tidyTail(readRange(output.get(), static_cast<off_t>(size - length), length));
         std::string message = tool + " exited with status " + std::to_string(code) + ".";
-        if (!tail.empty()) {
-            message += " " + tail;
-            if (tail.back() != '.' && tail.back() != '!' && tail.back() != '?') message += '.';
-        }
+        if (!tail.empty()) message += " " + tail;
         if (isCleanup)
             message += " It may have cleaned some entries; scan again to see what remains.";
         return failed(message);
     }
     if (!capturingOutput) return {};
-    if (size > captureLimit) return failed(tool + " returned an unexpected cache location.");
     return {readRange(output.get(), 0, size), std::nullopt};
 }
 

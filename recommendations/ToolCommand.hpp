@@ -5,7 +5,7 @@
 // turned into the sentences shown to the user.
 //
 // Contract: blocks the calling thread for at most the time limit plus the grace period
-// (plus a SIGKILL). Thread-safe.
+// (plus a bounded wait after SIGKILL). Thread-safe.
 
 #include <chrono>
 #include <functional>
@@ -33,7 +33,8 @@ class ToolCommand {
 public:
     // A captured answer longer than this is not a folder path.
     static constexpr size_t captureLimit = 4096;
-    // How much of the output ends up in an error message.
+    // How much of an uncaptured output ends up in an error message; a captured one (at
+    // most `captureLimit`) is used whole.
     static constexpr size_t tailBytes = 600;
 
     // `tool` names the tool in messages; `isCleanup` adds that some entries may already

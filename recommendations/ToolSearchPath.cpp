@@ -58,11 +58,15 @@ std::vector<std::string> ToolSearchPath::list(const std::string& home,
         add(platform::joinPath(home, relative));
     }
 
+    // A relative entry (".", "node_modules/.bin") names a folder of whatever project the
+    // command was started in, so a cleanup would run a tool that project ships instead of
+    // the user's own; only absolute entries are kept.
     size_t start = 0;
     while (start <= inheritedPath.size()) {
         size_t end = inheritedPath.find(':', start);
         if (end == std::string::npos) end = inheritedPath.size();
-        add(inheritedPath.substr(start, end - start));
+        const std::string entry = inheritedPath.substr(start, end - start);
+        if (entry.starts_with('/')) add(entry);
         start = end + 1;
     }
     return out;

@@ -13,8 +13,8 @@ namespace veldan {
 class ToolSearchPath {
 public:
     // Every nvm-installed Node version's bin folder, highest version first; the package
-    // managers' usual folders; then the entries of `inheritedPath`. Duplicates are
-    // dropped, the first occurrence kept; empty entries are omitted.
+    // managers' usual folders; then the absolute entries of `inheritedPath` (relative and
+    // empty ones are omitted). Duplicates are dropped, the first occurrence kept.
     static std::vector<std::string> list(const std::string& home, const std::string& inheritedPath);
     // The same for the current user and this process's PATH.
     static std::vector<std::string> current();

@@ -116,6 +116,39 @@ TEST(ChildProcess, EndsAToolThatIgnoresTerminateWithSigkillOfItsWholeGroup) {
     EXPECT_TRUE(processGone(sleeper)) << "the tool's own child was killed with it";
 }
 
+TEST(ChildProcess, EndsAToolThatLeftItsProcessGroup) {
+    Output output;
+    const std::string ids = output.dir / "ids";
+    // It joins this test's own group, ignores SIGTERM (kept across exec) and sleeps, so
+    // only signals sent to its pid itself can end it.
+    ChildProcessRequest request;
+    request.executable = output.dir / "escaper";
+    test::writeFile(request.executable,
+                    "#!/usr/bin/perl\n"
+                    "setpgrp(0, getpgrp(getppid())) or die \"setpgrp: $!\";\n"
+                    "$SIG{TERM} = 'IGNORE';\n"
+                    "open(my $ids, '>', $ARGV[0]) or die \"$ARGV[0]: $!\";\n"
+                    "print $ids \"$$ \", getpgrp(0);\n"
+                    "close $ids;\n"
+                    "exec 'sleep', '8';\n");
+    ::chmod(request.executable.c_str(), 0755);
+    request.arguments = {ids};
+    request.outputFd = output.fd.get();
+    request.timeLimit = 300ms;
+    request.grace = 300ms;
+    const auto start = std::chrono::steady_clock::now();
+    const auto result = ChildProcess::run(request);
+    const auto took = std::chrono::steady_clock::now() - start;
+    EXPECT_EQ(result.ending, ChildProcessResult::Ending::timedOut) << output.text();
+    EXPECT_LT(took, 5s);
+    std::istringstream written(test::readFile(ids));
+    pid_t child = 0, group = 0;
+    written >> child >> group;
+    ASSERT_GT(child, 0) << output.text();
+    EXPECT_EQ(group, ::getpgrp()) << "it left the group it was started in";
+    EXPECT_TRUE(processGone(child));
+}
+
 TEST(ChildProcess, AToolThatHonoursTerminateEndsWithoutWaitingForTheGrace) {
     test::TempDir dir;
     ChildProcessRequest request;

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <filesystem>
 #include <regex>
 
 #include "platform/Paths.hpp"
@@ -182,6 +183,30 @@ TEST(HomeTrash, RefusesAnItemThatIsNotTheExpectedOneAndLeavesNoInfoFile) {
     EXPECT_EQ(outcome.reason, "The item changed just before the move, so it stayed in place.");
     EXPECT_TRUE(test::exists(dir / "target"));
     EXPECT_TRUE(test::exists(dir / "aside"));
+    EXPECT_EQ(test::trashList(), "");
+}
+
+TEST(HomeTrash, PutsBackAnEntrySwappedInJustBeforeTheRenameAndLeavesNoInfoFile) {
+    HomeTrash trash;
+    test::TempDir dir;
+    test::makeFolders(dir / "target");
+    test::writeFile(dir / "target/mine", "measured");
+    int error = 0;
+    auto parentFd = platform::openDirectory(dir.path(), error);
+    ASSERT_TRUE(parentFd);
+    const auto outcome =
+        Trash::moveItem(parentFd.get(), dir.path(), "target", identityOf(dir / "target"), [&] {
+            ::rename((dir / "target").c_str(), (dir / "aside").c_str());
+            test::makeFolders(dir / "target");
+            test::writeFile(dir / "target/stranger", "other");
+        });
+    EXPECT_FALSE(outcome.moved);
+    EXPECT_EQ(outcome.reason,
+              "The item was replaced just before the move, so nothing was moved to Trash.");
+    EXPECT_EQ(test::readFile(dir / "target/stranger"), "other");
+    EXPECT_EQ(test::readFile(dir / "aside/mine"), "measured");
+    EXPECT_TRUE(std::filesystem::is_empty(trash.folder() + "/files"));
+    EXPECT_TRUE(std::filesystem::is_empty(trash.folder() + "/info"));
     EXPECT_EQ(test::trashList(), "");
 }
 

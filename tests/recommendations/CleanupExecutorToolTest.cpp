@@ -2,6 +2,7 @@
 // scripts in a temporary search path answer the way real tools (and broken ones) do.
 
 #include <gtest/gtest.h>
+#include <signal.h>
 #include <sys/stat.h>
 
 #include <chrono>
@@ -10,6 +11,7 @@
 
 #include "recommendations/CleanupExecutor.hpp"
 #include "recommendations/RecommendationBuilder.hpp"
+#include "recommendations/ToolSearchPath.hpp"
 #include "tests/recommendations/FakeTools.hpp"
 #include "tests/support/Files.hpp"
 #include "tests/support/IsolatedHome.hpp"
@@ -77,6 +79,12 @@ protected:
 
 }  // namespace
 
+TEST(CleanupExecutorSettings, StandardSettingsGiveAToolThreeMinutesAndThreeSecondsOfGrace) {
+    const auto settings = CleanupExecutorSettings::standard();
+    EXPECT_EQ(settings.toolTimeLimit, 180s);
+    EXPECT_EQ(settings.toolGrace, 3s);
+}
+
 TEST_F(ToolCleanup, RunsTheCleanupWhenTheToolReportsTheMeasuredCache) {
     const auto npm = built("npm", ".npm/_cacache");
     tool("npm", "config", "echo '" + home / ".npm" + "'");
@@ -136,20 +144,37 @@ TEST_F(ToolCleanup, ATwoLineOrEmptyAnswerIsNotACacheLocation) {
     EXPECT_EQ(run(uv).detail, "uv returned an unexpected cache location.");
 }
 
-TEST_F(ToolCleanup, AnOverLongAnswerIsNotACacheLocation) {
+TEST_F(ToolCleanup, AnAnswerOfAtMost4096BytesIsReadAndALongerOneIsNotACacheLocation) {
     const auto go = built("go", "go/pkg/mod");
-    // The measured path itself, but padded past 4096 bytes with spaces.
-    tool("go", "env", "printf '%s%4100s\\n' '" + home / "go/pkg/mod" + "' ''");
+    const std::string path = home / "go/pkg/mod";
+    // The measured path padded with spaces to `bytes` in all, the line break included.
+    auto padded = [&](size_t bytes) {
+        return "printf '%s%" + std::to_string(bytes - path.size() - 1) + "s\\n' '" + path + "' ''";
+    };
+    tool("go", "env", padded(4097));
     EXPECT_EQ(run(go).detail, "go returned an unexpected cache location.");
     EXPECT_EQ(logged(), "");
-    tool("go", "env", "printf '%s%3000s\\n' '" + home / "go/pkg/mod" + "' ''");
+    tool("go", "env", padded(4096));
     EXPECT_TRUE(run(go).succeeded) << "trailing space within the limit is trimmed";
+    EXPECT_EQ(logged(),
+              "go clean -modcache PATH=" + ToolSearchPath::joined(settings().searchPath) + "\n");
+
+    // The limit comes before the exit status: a failing answer that long is no location
+    // either, and its output is not shown.
+    tool("go", "env", "printf '%4097s' ''\nexit 3");
+    EXPECT_EQ(run(go).detail, "go returned an unexpected cache location.");
 }
 
 TEST_F(ToolCleanup, ANonZeroExitGivesTheStatusAndTheOutputTail) {
     const auto go = built("go", "go/pkg/mod");
     tool("go", "env", "echo 'go: cannot find GOROOT' >&2\nexit 2");
-    EXPECT_EQ(run(go).detail, "go exited with status 2. go: cannot find GOROOT.");
+    EXPECT_EQ(run(go).detail, "go exited with status 2. go: cannot find GOROOT")
+        << "the tool's own words, without a full stop added";
+
+    // A failing locate command's answer is at most 4096 bytes and is shown whole.
+    const std::string words = "go: " + std::string(1000, 'y');
+    tool("go", "env", "printf '%s\\n' '" + words + "'\nexit 2");
+    EXPECT_EQ(run(go).detail, "go exited with status 2. " + words);
 
     // The cleanup fails after a long output: only the last 600 bytes are kept.
     std::string longLine(1500, 'x');
@@ -161,6 +186,12 @@ TEST_F(ToolCleanup, ANonZeroExitGivesTheStatusAndTheOutputTail) {
                                  " permission denied! It may have cleaned some entries; scan "
                                  "again to see what remains.");
     EXPECT_EQ(reported.size(), 1u) << "a cleanup that ran may have changed the cache";
+}
+
+TEST_F(ToolCleanup, AToolEndedByASignalGivesTheSignalNumberAsItsStatus) {
+    const auto uv = built("uv", ".cache/uv");
+    tool("uv", "cache", "echo 'uv: crashed' >&2\nkill -USR1 $$\nsleep 5");
+    EXPECT_EQ(run(uv).detail, "uv exited with status " + std::to_string(SIGUSR1) + ". uv: crashed");
 }
 
 TEST_F(ToolCleanup, AToolThatIgnoresTerminateIsKilledAfterTheGrace) {
@@ -203,6 +234,15 @@ TEST_F(ToolCleanup, AMeasuredCacheThatChangedRunsNothing) {
     EXPECT_EQ(run(moved).detail,
               "The scanned cache location no longer matches the expected npm cache.");
     EXPECT_EQ(logged(), "");
+}
+
+TEST_F(ToolCleanup, ACacheItemWithoutScannedFoldersRunsNothing) {
+    auto npm = built("npm", ".npm/_cacache");
+    tool("npm", "config", "echo '" + home / ".npm" + "'");
+    npm.paths.clear();
+    EXPECT_EQ(run(npm).detail, "No scanned folders are available.");
+    EXPECT_EQ(logged(), "");
+    EXPECT_TRUE(reported.empty());
 }
 
 TEST_F(ToolCleanup, ACacheReachedThroughALinkRunsNothing) {

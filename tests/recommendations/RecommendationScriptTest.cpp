@@ -1,6 +1,7 @@
 // The copyable script: its exact layout, and what it does when a real shell runs it on
 // a tree where some targets changed after the scan.
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
@@ -39,7 +40,10 @@ test::ProcessResult shellcheck(const std::string& script, std::vector<std::strin
     argv.push_back("-");
     test::ProcessOptions options;
     options.input = script;
-    return test::runProcess(argv, options);
+    auto result = test::runProcess(argv, options);
+    if (result.exitCode == 127)
+        ADD_FAILURE() << "shellcheck is missing; scripts/install-deps.sh installs it";
+    return result;
 }
 
 std::string skipLine(const std::string& path) {
@@ -96,12 +100,14 @@ TEST(RecommendationScript, OnlyReviewItemsGiveNotesWithoutAnyRunnableLine) {
         EXPECT_TRUE(line.empty() || line.starts_with("#")) << line;
         start = end + 1;
     }
-    EXPECT_EQ(shellcheck(script).out, "");
+    const auto checked = shellcheck(script);
+    EXPECT_EQ(checked.exitCode, 0) << checked.out;
 }
 
 // One tree per shell: several projects whose names are hostile to a shell, each with a
-// .next folder and a package.json; four are changed after the recommendations were
-// built, the rest must be removed and nothing else touched.
+// .next folder and a package.json; five are changed after the recommendations were
+// built, the rest must be removed and nothing else touched. Every folder's access,
+// modification and change times differ, so the check must compare the right two.
 class ScriptRun : public ::testing::TestWithParam<const char*> {};
 
 TEST_P(ScriptRun, SkipsExactlyTheChangedTargetsAndRemovesOnlyTheUnchangedOnes) {
@@ -110,16 +116,18 @@ TEST_P(ScriptRun, SkipsExactlyTheChangedTargetsAndRemovesOnlyTheUnchangedOnes) {
                                                 "--no-preserve-root", "-rf",
                                                 "a\\b; echo hi",      "bad\xff\xfe"};
     const std::string replaced = "plain", linked = "it's \"quoted\"", noManifest = "new\nline",
-                      movedParent = "parent swap";
+                      movedParent = "parent swap", touched = "touched";
     std::map<std::string, int64_t> sizes;
     for (const auto& name : unchanged)
         sizes[dir / name + "/.next"] = 100;
-    for (const auto& name : {replaced, linked, noManifest, movedParent})
+    for (const auto& name : {replaced, linked, noManifest, movedParent, touched})
         sizes[dir / name + "/.next"] = 100;
     for (const auto& [path, bytes] : sizes) {
         test::makeFolders(path + "/cache");
         test::writeFile(path + "/cache/data", "generated");
         test::writeFile(path.substr(0, path.size() - 6) + "/package.json", "{}");
+        const timespec times[2] = {{1'000'000'000, 0}, {1'100'000'000, 0}};
+        ASSERT_EQ(::utimensat(AT_FDCWD, path.c_str(), times, 0), 0);
     }
     test::makeFolders(dir / "outside/target");
     test::writeFile(dir / "outside/target/keep", "keep");
@@ -138,6 +146,9 @@ TEST_P(ScriptRun, SkipsExactlyTheChangedTargetsAndRemovesOnlyTheUnchangedOnes) {
     ::unlink((dir / noManifest + "/package.json").c_str());
     ASSERT_EQ(::rename((dir / movedParent).c_str(), (dir / "elsewhere").c_str()), 0);
     test::makeSymlink(dir / "elsewhere", dir / movedParent);
+    // The same folder (same inode), only touched.
+    const timespec now[2] = {{0, UTIME_OMIT}, {0, UTIME_NOW}};
+    ASSERT_EQ(::utimensat(AT_FDCWD, (dir / touched + "/.next").c_str(), now, 0), 0);
 
     test::ProcessOptions options;
     options.workingFolder = dir.path();
@@ -146,7 +157,7 @@ TEST_P(ScriptRun, SkipsExactlyTheChangedTargetsAndRemovesOnlyTheUnchangedOnes) {
     EXPECT_EQ(run.out, "");
     EXPECT_EQ(run.err, skipLine(dir / linked + "/.next") + skipLine(dir / noManifest + "/.next") +
                            skipLine(dir / movedParent + "/.next") +
-                           skipLine(dir / replaced + "/.next"))
+                           skipLine(dir / replaced + "/.next") + skipLine(dir / touched + "/.next"))
         << "skip lines come in path order";
 
     for (const auto& name : unchanged) {
@@ -157,6 +168,7 @@ TEST_P(ScriptRun, SkipsExactlyTheChangedTargetsAndRemovesOnlyTheUnchangedOnes) {
     EXPECT_EQ(test::readFile(dir / "outside/target/keep"), "keep");
     EXPECT_TRUE(test::exists(dir / noManifest + "/.next/cache/data"));
     EXPECT_TRUE(test::exists(dir / "elsewhere/.next/cache/data"));
+    EXPECT_TRUE(test::exists(dir / touched + "/.next/cache/data"));
     EXPECT_FALSE(test::exists(dir / "PWNED"));
     EXPECT_FALSE(test::exists(dir / "PWNED2"));
 }

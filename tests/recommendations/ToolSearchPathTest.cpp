@@ -5,6 +5,8 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <filesystem>
+
 #include "tests/support/Files.hpp"
 #include "tests/support/TempDir.hpp"
 
@@ -25,6 +27,28 @@ TEST(ToolSearchPath, NodeVersionsComeFirstHighestThenTheUsualFoldersThenPath) {
                         home / "Library/pnpm", home / ".local/bin", home / ".volta/bin",
                         home / ".asdf/shims", home / ".local/share/mise/shims",
                         home / ".nvm/current/bin", home / "go/bin", "/usr/bin", "/bin"}));
+}
+
+TEST(ToolSearchPath, RelativeEntriesOfPathAreNeverSearched) {
+    test::TempDir home;
+    const auto list =
+        ToolSearchPath::list(home.path(), ".:node_modules/.bin:/usr/bin:bin:./tools:/bin:~/bin");
+    EXPECT_EQ(std::vector<std::string>(list.end() - 2, list.end()),
+              (std::vector<std::string>{"/usr/bin", "/bin"}));
+    for (const auto& folder : list)
+        EXPECT_TRUE(folder.starts_with('/')) << folder;
+
+    // A project that ships its own npm is not where npm is found, even when the command
+    // runs inside it.
+    test::makeFolders(home / "project/node_modules/.bin");
+    test::writeFile(home / "project/node_modules/.bin/npm", "#!/bin/sh\n");
+    ::chmod((home / "project/node_modules/.bin/npm").c_str(), 0755);
+    const std::string before = std::filesystem::current_path();
+    std::filesystem::current_path(home / "project");
+    const auto found =
+        ToolSearchPath::find("npm", ToolSearchPath::list(home.path(), "node_modules/.bin"));
+    std::filesystem::current_path(before);
+    EXPECT_EQ(found, "");
 }
 
 TEST(ToolSearchPath, FindsTheFirstExecutableFile) {
