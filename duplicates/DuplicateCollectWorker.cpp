@@ -26,11 +26,13 @@ bool isIgnoredType(unsigned char type) {
 
 DuplicateCollectWorker::DuplicateCollectWorker(DuplicateCollectWork& work, size_t index,
                                                const DuplicateWalkRules& rules,
-                                               const ScanCancellation& cancellation)
+                                               const ScanCancellation& cancellation,
+                                               const std::function<void()>& afterListing)
     : work_(work),
       index_(index),
       rules_(rules),
       cancellation_(cancellation),
+      afterListing_(afterListing),
       lastClock_(platform::uptimeSeconds()) {}
 
 void DuplicateCollectWorker::run() {
@@ -45,6 +47,7 @@ void DuplicateCollectWorker::run() {
             stack_.pop_back();
             listDirectory(std::move(path));
             work_.report(index_, result_.filesVisited, false);
+            if (afterListing_) afterListing_();
         }
         work_.directoryDone();
     }
