@@ -302,7 +302,11 @@ std::optional<Sha256Digest> DuplicateScanner::hash(const DuplicateFile& file, bo
                                                    const DuplicateScanSeams& seams) {
     if (!DuplicateScanner::isUnchanged(file)) return std::nullopt;
     if (seams.beforeOpen) seams.beforeOpen();
-    platform::UniqueFd fd(::open(file.path.c_str(), O_RDONLY | O_NOFOLLOW | O_NOCTTY | O_CLOEXEC));
+    // Non-blocking, so that a pipe swapped in since the status check cannot hold this
+    // thread in open() for good (the trash executor's hash is never cancelled). Reads of a
+    // regular file do not change, and the descriptor check rejects anything else.
+    platform::UniqueFd fd(
+        ::open(file.path.c_str(), O_RDONLY | O_NONBLOCK | O_NOFOLLOW | O_NOCTTY | O_CLOEXEC));
     if (!fd || !descriptorUnchanged(file, fd.get())) return std::nullopt;
 
     // One buffer per thread: hashing threads live for one phase, and a caller that hashes

@@ -372,6 +372,28 @@ TEST_F(DuplicateScannerTest, CancelledBeforeStartingReturnsNothing) {
     EXPECT_FALSE(scan());
 }
 
+TEST_F(DuplicateScannerTest, PipeSwappedInBeforeOpeningFailsAtOnce) {
+    write("a", megabyte, 27);
+    const DuplicateFile file = snapshot("a");
+    const std::string pipe = path("pipe");
+    ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+    DuplicateScanSeams seams;
+    bool swapped = false;
+    seams.beforeOpen = [&] { swapped = ::rename(pipe.c_str(), file.path.c_str()) == 0; };
+    auto hashing = std::async(std::launch::async, [&] {
+        return DuplicateScanner::hash(file, false, ScanCancellation{}, seams);
+    });
+    const bool finished = hashing.wait_for(std::chrono::seconds(3)) == std::future_status::ready;
+    if (!finished) {
+        // A writer that comes and goes lets the blocked open return, so the thread ends.
+        const int writer = ::open(file.path.c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC);
+        if (writer >= 0) ::close(writer);
+    }
+    EXPECT_TRUE(finished) << "opening the pipe waited for a writer";
+    EXPECT_FALSE(hashing.get());
+    EXPECT_TRUE(swapped);
+}
+
 // Only the checks after the last read can notice these changes: the file matched its
 // snapshot when it was opened.
 TEST_F(DuplicateScannerTest, FileChangedWhileItIsReadGivesNoDigest) {
