@@ -104,7 +104,7 @@ void DuplicateCollectWorker::handleEntry(int directoryFd, const std::string& dir
     const std::string_view name(entry.name, entry.length);
     if (status->isDirectory()) {
         std::string path = platform::joinPath(directory, name);
-        if (rules_.skipsDirectory(path, name)) return;
+        if (rules_.skipsDirectory(path, name, directoryFd)) return;
         if (!work_.offerDirectory(path)) stack_.push_back(std::move(path));
         return;
     }

@@ -197,16 +197,17 @@ TEST_F(DuplicateScannerTest, SkipsTrashFoldersAtAnyDepthAndPackagesOfAnyCase) {
     write("Tool.APP/Contents/e", megabyte, 12);
     write("Shots.photoslibrary/f", megabyte, 12);
     write("disk.sparsebundle/g", megabyte, 12);
-    write(".Trash-1000/files/h", megabyte, 12);
     write("Trash-notes/i", megabyte, 13);
     write("Trash-notes/j", megabyte, 13);
+    // A volume's trash lies at the top of its mount; this folder is not at one.
+    write(".Trash-1000/files/h", megabyte, 12);
     const auto result = scan();
     ASSERT_TRUE(result);
     auto groups = groupPaths(*result);
     std::sort(groups.begin(), groups.end());
-    EXPECT_EQ(groups, (Groups{{path("Trash-notes/i"), path("Trash-notes/j")},
-                              {path("keep/a"), path("keep/b")}}));
-    EXPECT_EQ(result->filesVisited, 4);
+    EXPECT_EQ(groups, (Groups{{path(".Trash-1000/files/h"), path("keep/a"), path("keep/b")},
+                              {path("Trash-notes/i"), path("Trash-notes/j")}}));
+    EXPECT_EQ(result->filesVisited, 5);
 }
 
 TEST_F(DuplicateScannerTest, SkipsTheHomeTrashOfThisPlatform) {
