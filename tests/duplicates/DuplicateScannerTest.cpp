@@ -373,6 +373,8 @@ TEST_F(DuplicateScannerTest, CancelledBeforeStartingReturnsNothing) {
     EXPECT_FALSE(scan());
 }
 
+// A pipe renamed onto the path between the status check and the open: opening it must
+// not wait for a writer that never comes.
 TEST_F(DuplicateScannerTest, PipeSwappedInBeforeOpeningFailsAtOnce) {
     write("a", megabyte, 27);
     const DuplicateFile file = snapshot("a");
