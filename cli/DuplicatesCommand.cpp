@@ -193,7 +193,8 @@ const CommandRegistration registration{
                         "Show only groups whose extra copies take at least 10MB, 100MB or 1GB")
             ->check(CLI::IsMember({"10MB", "100MB", "1GB"}));
         sub->add_option("--query", options->query,
-                        "Show only groups where any copy's name or path contains TEXT");
+                        "Find groups by any copy\u2019s name or path. Each matching group shows "
+                        "all its copies.");
         sub->add_option("--select", options->select,
                         "Show which copies smart select would move and which it keeps")
             ->check(CLI::IsMember({"smart"}));

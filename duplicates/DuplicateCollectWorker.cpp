@@ -26,11 +26,13 @@ bool isIgnoredType(unsigned char type) {
 
 DuplicateCollectWorker::DuplicateCollectWorker(DuplicateCollectWork& work, size_t index,
                                                const DuplicateWalkRules& rules,
-                                               const ScanCancellation& cancellation)
+                                               const ScanCancellation& cancellation,
+                                               const std::function<void()>& afterListing)
     : work_(work),
       index_(index),
       rules_(rules),
       cancellation_(cancellation),
+      afterListing_(afterListing),
       lastClock_(platform::uptimeSeconds()) {}
 
 void DuplicateCollectWorker::run() {
@@ -45,6 +47,7 @@ void DuplicateCollectWorker::run() {
             stack_.pop_back();
             listDirectory(std::move(path));
             work_.report(index_, result_.filesVisited, false);
+            if (afterListing_) afterListing_();
         }
         work_.directoryDone();
     }
@@ -101,7 +104,7 @@ void DuplicateCollectWorker::handleEntry(int directoryFd, const std::string& dir
     const std::string_view name(entry.name, entry.length);
     if (status->isDirectory()) {
         std::string path = platform::joinPath(directory, name);
-        if (rules_.skipsDirectory(path, name)) return;
+        if (rules_.skipsDirectory(path, name, directoryFd)) return;
         if (!work_.offerDirectory(path)) stack_.push_back(std::move(path));
         return;
     }

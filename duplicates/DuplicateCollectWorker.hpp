@@ -8,6 +8,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -23,8 +24,11 @@ class DuplicateCollectWorker {
   public:
     static constexpr int entriesPerClockCheck = 64;
 
+    // `afterListing` (a test seam, usually empty) is called after each folder is listed;
+    // like the other references it must outlive the worker.
     DuplicateCollectWorker(DuplicateCollectWork& work, size_t index,
-                           const DuplicateWalkRules& rules, const ScanCancellation& cancellation);
+                           const DuplicateWalkRules& rules, const ScanCancellation& cancellation,
+                           const std::function<void()>& afterListing);
 
     void run();
 
@@ -38,6 +42,7 @@ class DuplicateCollectWorker {
     size_t index_;
     const DuplicateWalkRules& rules_;
     const ScanCancellation& cancellation_;
+    const std::function<void()>& afterListing_;
     DuplicateCollectResult result_;
     std::vector<std::string> stack_;
     std::vector<char> listing_;

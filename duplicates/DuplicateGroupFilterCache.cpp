@@ -1,40 +1,11 @@
 #include "duplicates/DuplicateGroupFilterCache.hpp"
 
 #include <algorithm>
-#include <array>
 
 #include "platform/Collation.hpp"
+#include "platform/TrimmedText.hpp"
 
 namespace veldan {
-
-namespace {
-
-// White space and line breaks, including the Unicode ones a pasted query may carry:
-// no-break space, next line, the line and paragraph separators and the ideographic space.
-constexpr std::array<std::string_view, 5> unicodeSpaces = {"\u00a0", "\u0085", "\u2028", "\u2029",
-                                                           "\u3000"};
-
-size_t spaceAt(std::string_view text, size_t at) {
-    const char c = text[at];
-    if (c == ' ' || (c >= '\t' && c <= '\r')) return 1;
-    for (const auto space : unicodeSpaces) {
-        if (text.substr(at, space.size()) == space) return space.size();
-    }
-    return 0;
-}
-
-size_t spaceEndingAt(std::string_view text, size_t end) {
-    const char c = text[end - 1];
-    if (c == ' ' || (c >= '\t' && c <= '\r')) return 1;
-    for (const auto space : unicodeSpaces) {
-        if (end >= space.size() && text.substr(end - space.size(), space.size()) == space) {
-            return space.size();
-        }
-    }
-    return 0;
-}
-
-}  // namespace
 
 std::string_view DuplicateGroupFilterCache::minimumLabel(int64_t minimumExtraBytes) {
     switch (minimumExtraBytes) {
@@ -52,19 +23,7 @@ std::string_view DuplicateGroupFilterCache::minimumLabel(int64_t minimumExtraByt
 }
 
 std::string DuplicateGroupFilterCache::trimmedQuery(std::string_view query) {
-    size_t start = 0;
-    while (start < query.size()) {
-        const size_t space = spaceAt(query, start);
-        if (space == 0) break;
-        start += space;
-    }
-    size_t end = query.size();
-    while (end > start) {
-        const size_t space = spaceEndingAt(query, end);
-        if (space == 0) break;
-        end -= space;
-    }
-    return std::string(query.substr(start, end - start));
+    return platform::trimmedText(query);
 }
 
 const std::vector<DuplicateGroup>& DuplicateGroupFilterCache::visible(

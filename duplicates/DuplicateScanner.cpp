@@ -56,10 +56,11 @@ void runWorkers(size_t count, const Body& body) {
 std::optional<DuplicateCollectResult> collect(const std::string& root,
                                               const DuplicateWalkRules& rules,
                                               const ScanCancellation& cancellation,
-                                              const DuplicateScanProgress& progress) {
+                                              const DuplicateScanProgress& progress,
+                                              const DuplicateScanSeams& seams) {
     DuplicateCollectWork work(root, DuplicateScanner::collectingWorkers, progress);
     runWorkers(DuplicateScanner::collectingWorkers, [&](size_t index) {
-        DuplicateCollectWorker(work, index, rules, cancellation).run();
+        DuplicateCollectWorker(work, index, rules, cancellation, seams.afterListing).run();
     });
     if (cancellation.cancelled()) return std::nullopt;
     DuplicateCollectResult merged;
@@ -102,7 +103,8 @@ std::vector<DuplicateCandidate> selectCandidates(DuplicateCollectResult& collect
 std::optional<Digests> hashCandidates(const std::vector<DuplicateCandidate>& candidates,
                                       bool sampled, DuplicateScanPhase phase, size_t maximumWorkers,
                                       const ScanCancellation& cancellation,
-                                      const DuplicateScanProgress& progress) {
+                                      const DuplicateScanProgress& progress,
+                                      const DuplicateScanSeams& seams) {
     if (cancellation.cancelled()) return std::nullopt;
     if (candidates.empty()) return Digests{};
     DuplicateHashWork work(candidates.size(), phase, progress);
@@ -110,7 +112,8 @@ std::optional<Digests> hashCandidates(const std::vector<DuplicateCandidate>& can
         while (!cancellation.cancelled()) {
             const auto index = work.take();
             if (!index) return;
-            auto digest = DuplicateScanner::hash(candidates[*index].file, sampled, cancellation);
+            auto digest =
+                DuplicateScanner::hash(candidates[*index].file, sampled, cancellation, seams);
             if (cancellation.cancelled()) return;
             work.finish(digest, *index);
         }
@@ -204,8 +207,8 @@ std::vector<DuplicateGroup> buildGroups(const std::vector<DuplicateCandidate>& c
 
 }  // namespace
 
-DuplicateScanner::DuplicateScanner(ClonedFileSpace::Query cloneQuery)
-    : cloneQuery_(std::move(cloneQuery)) {}
+DuplicateScanner::DuplicateScanner(ClonedFileSpace::Query cloneQuery, DuplicateScanSeams seams)
+    : cloneQuery_(std::move(cloneQuery)), seams_(std::move(seams)) {}
 
 std::optional<DuplicateScanResult> DuplicateScanner::scan(
     const std::string& rootPath, const ScanCancellation& cancellation,
@@ -217,14 +220,14 @@ std::optional<DuplicateScanResult> DuplicateScanner::scan(
     if (!platform::openDirectory(root, error)) return std::nullopt;
     const DuplicateWalkRules rules(root, rootStatus->device);
 
-    auto collected = collect(root, rules, cancellation, progress);
+    auto collected = collect(root, rules, cancellation, progress, seams_);
     if (!collected) return std::nullopt;
     int64_t unreadable = collected->unreadable;
     const int64_t filesVisited = collected->filesVisited;
     const std::vector<DuplicateCandidate> sampling = selectCandidates(*collected);
 
     const auto sampleDigests = hashCandidates(sampling, true, DuplicateScanPhase::sampling,
-                                              samplingWorkers, cancellation, progress);
+                                              samplingWorkers, cancellation, progress, seams_);
     if (!sampleDigests) return std::nullopt;
     // Largest sizes first, so the last file handed out is a small one and neither
     // verifying worker is left alone with a long read at the end.
@@ -236,7 +239,7 @@ std::optional<DuplicateScanResult> DuplicateScanner::scan(
     }
 
     const auto fullDigests = hashCandidates(verifying, false, DuplicateScanPhase::verifying,
-                                            verifyingWorkers, cancellation, progress);
+                                            verifyingWorkers, cancellation, progress, seams_);
     if (!fullDigests) return std::nullopt;
     const DigestGroups fullGroups = groupByDigest(verifying, *fullDigests, unreadable);
     if (cancellation.cancelled()) return std::nullopt;
@@ -295,9 +298,15 @@ bool DuplicateScanner::isUnchanged(const DuplicateFile& file) {
 }
 
 std::optional<Sha256Digest> DuplicateScanner::hash(const DuplicateFile& file, bool sampled,
-                                                   const ScanCancellation& cancellation) {
+                                                   const ScanCancellation& cancellation,
+                                                   const DuplicateScanSeams& seams) {
     if (!DuplicateScanner::isUnchanged(file)) return std::nullopt;
-    platform::UniqueFd fd(::open(file.path.c_str(), O_RDONLY | O_NOFOLLOW | O_NOCTTY | O_CLOEXEC));
+    if (seams.beforeOpen) seams.beforeOpen();
+    // Non-blocking, so that a pipe swapped in since the status check cannot hold this
+    // thread in open() for good (the trash executor's hash is never cancelled). Reads of a
+    // regular file do not change, and the descriptor check rejects anything else.
+    platform::UniqueFd fd(
+        ::open(file.path.c_str(), O_RDONLY | O_NONBLOCK | O_NOFOLLOW | O_NOCTTY | O_CLOEXEC));
     if (!fd || !descriptorUnchanged(file, fd.get())) return std::nullopt;
 
     // One buffer per thread: hashing threads live for one phase, and a caller that hashes
@@ -310,6 +319,7 @@ std::optional<Sha256Digest> DuplicateScanner::hash(const DuplicateFile& file, bo
             if (!readExactly(fd.get(), offset, sampleBytes, buffer.data(), cancellation))
                 return false;
             digest.update(buffer.data(), sampleBytes);
+            if (seams.afterRead) seams.afterRead();
             return true;
         };
         if (!feedSample(0)) return std::nullopt;
@@ -325,6 +335,7 @@ std::optional<Sha256Digest> DuplicateScanner::hash(const DuplicateFile& file, bo
             if (!readExactly(fd.get(), offset, chunk, buffer.data(), cancellation))
                 return std::nullopt;
             digest.update(buffer.data(), chunk);
+            if (seams.afterRead) seams.afterRead();
             offset += static_cast<int64_t>(chunk);
         }
     }

@@ -20,6 +20,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -33,6 +34,17 @@
 
 namespace veldan {
 
+// Points where tests step in, on the thread doing the work, to change a file or cancel
+// and prove that the checks which follow hold. The product leaves them empty.
+struct DuplicateScanSeams {
+    // While collecting: a folder was listed and its progress reported.
+    std::function<void()> afterListing;
+    // In hash(): the path's status matched the snapshot; the file is not open yet.
+    std::function<void()> beforeOpen;
+    // In hash(): a sample or chunk was read.
+    std::function<void()> afterRead;
+};
+
 class DuplicateScanner {
   public:
     static constexpr int64_t minimumFileBytes = 1'000'000;
@@ -45,7 +57,8 @@ class DuplicateScanner {
 
     // `cloneQuery` answers how a file shares blocks with its clones; empty means the
     // platform's own answer (none on Linux).
-    explicit DuplicateScanner(ClonedFileSpace::Query cloneQuery = {});
+    explicit DuplicateScanner(ClonedFileSpace::Query cloneQuery = {},
+                              DuplicateScanSeams seams = {});
 
     std::optional<DuplicateScanResult> scan(const std::string& root,
                                             const ScanCancellation& cancellation,
@@ -68,10 +81,12 @@ class DuplicateScanner {
     // differs from its snapshot before or after reading, a read fails or comes up short,
     // or the search is cancelled. Blocks the caller for the whole read.
     static std::optional<platform::Sha256Digest> hash(const DuplicateFile& file, bool sampled,
-                                                      const ScanCancellation& cancellation);
+                                                      const ScanCancellation& cancellation,
+                                                      const DuplicateScanSeams& seams = {});
 
   private:
     ClonedFileSpace::Query cloneQuery_;
+    DuplicateScanSeams seams_;
 };
 
 }  // namespace veldan

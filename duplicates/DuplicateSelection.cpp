@@ -13,18 +13,11 @@ namespace veldan {
 
 namespace {
 
-// System and application locations of a Mac.
+// System and application locations. Other system folders of a Linux machine need no
+// entry: a whole-disk search only moves copies inside the home folder, and a search of
+// a folder such as "/opt/data" is the user's own choice of what may be moved.
 constexpr std::array<std::string_view, 8> systemPrefixes = {
     "/System", "/Library", "/Applications", "/private", "/usr", "/bin", "/sbin", "/dev",
-};
-
-// Their Linux counterparts: "/etc" and "/var" hold what "/private" holds on a Mac, the
-// library and boot folders what "/System" holds, "/opt" and "/snap" applications. Some
-// systems keep homes below one of them ("/var/home"), so they do not apply inside the
-// home folder.
-constexpr std::array<std::string_view, 11> linuxSystemPrefixes = {
-    "/etc",  "/var",  "/lib", "/lib32", "/lib64", "/libx32",
-    "/boot", "/proc", "/sys", "/opt",   "/snap",
 };
 
 constexpr int finderOnlyScore = 1000;
@@ -66,16 +59,11 @@ std::optional<std::string> DuplicateSelection::finderOnlyReason(const DuplicateF
     const std::string scopePath = platform::standardizePath(scope);
     const std::string home = homePath();
     const std::string& base = scopePath == "/" ? home : scopePath;
-    const bool inSystemLocation =
-        std::any_of(
-            systemPrefixes.begin(), systemPrefixes.end(),
-            [&](std::string_view prefix) { return platform::isSameOrUnder(path, prefix); }) ||
-        std::any_of(linuxSystemPrefixes.begin(), linuxSystemPrefixes.end(),
-                    [&](std::string_view prefix) {
-                        return platform::isSameOrUnder(path, prefix) &&
-                               !platform::isStrictlyUnder(path, home);
-                    });
-    if (inSystemLocation) return "System and app locations stay in Finder.";
+    if (std::any_of(systemPrefixes.begin(), systemPrefixes.end(), [&](std::string_view prefix) {
+            return platform::isSameOrUnder(path, prefix);
+        })) {
+        return "System and app locations stay in Finder.";
+    }
     if (!platform::isStrictlyUnder(path, base)) {
         return "Only copies inside the selected folder can be moved to Trash.";
     }

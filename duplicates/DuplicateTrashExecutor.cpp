@@ -1,14 +1,13 @@
 #include "duplicates/DuplicateTrashExecutor.hpp"
 
-#include <fcntl.h>
-
 #include <cerrno>
-#include <cstring>
 #include <limits>
 #include <string>
 #include <utility>
 
 #include "duplicates/DuplicateScanner.hpp"
+#include "platform/DirectoryWithoutLinks.hpp"
+#include "platform/ErrorText.hpp"
 #include "platform/Paths.hpp"
 #include "platform/Trash.hpp"
 #include "platform/UniqueFd.hpp"
@@ -40,35 +39,19 @@ std::optional<platform::Sha256Digest> fullDigest(const DuplicateFile& file) {
     return DuplicateScanner::hash(file, false, neverCancelled);
 }
 
-// Opens `folder` one component at a time without following any symbolic link, so the
-// folder that is opened is the one the path names now. Intermediate folders are opened
-// for path resolution only (no read permission needed).
-platform::UniqueFd openFolderWithoutLinks(const std::string& folder, int& error) {
-    platform::UniqueFd fd(::open("/", O_PATH | O_DIRECTORY | O_CLOEXEC));
-    const auto components = platform::pathComponents(folder);
-    for (size_t i = 0; fd && i < components.size(); ++i) {
-        const std::string name(components[i]);
-        const int flags =
-            (i + 1 == components.size() ? O_RDONLY : O_PATH) | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
-        fd = platform::UniqueFd(::openat(fd.get(), name.c_str(), flags));
-    }
-    error = fd ? 0 : errno;
-    return fd;
-}
-
 DuplicateTrashOutcome moveToTrash(const DuplicateFile& file) {
     DuplicateTrashOutcome outcome{file.path, false, {}};
     const std::string path = platform::standardizePath(file.path);
     const std::string parent = platform::parentPath(path);
     int error = 0;
-    const platform::UniqueFd parentFd = openFolderWithoutLinks(parent, error);
+    const platform::UniqueFd parentFd = platform::openDirectoryWithoutLinks(parent, error);
     if (!parentFd) {
         // A component that became a link (or a file) is what the path check exists for.
         if (error == ELOOP || error == ENOTDIR) {
             outcome.detail = redirectedFolder;
         } else {
             outcome.detail = "Veldan could not open the folder holding this file (" +
-                             std::string(std::strerror(error)) + ").";
+                             platform::errorText(error) + ").";
         }
         return outcome;
     }

@@ -26,13 +26,24 @@ bool hasSkippedExtension(std::string_view name) {
     return DuplicateWalkRules::isSkippedPackage(platform::pathExtension(name));
 }
 
-// The freedesktop.org per-volume trash folders, ".Trash-" followed by a user id, hold
-// what the user already threw away, just as ".Trash" does.
+// The freedesktop.org Trash layout keeps a volume's trash in ".Trash-" followed by a user
+// id at the volume's top folder; it holds what the user already threw away, as ".Trash"
+// does. A folder of that name anywhere else is the user's own.
 bool isVolumeTrashName(std::string_view name) {
     constexpr std::string_view prefix = ".Trash-";
     if (name.size() <= prefix.size() || name.substr(0, prefix.size()) != prefix) return false;
     return std::all_of(name.begin() + prefix.size(), name.end(),
                        [](char c) { return c >= '0' && c <= '9'; });
+}
+
+// The folder open as `fd` (at `path`) is the top of a mounted file system: it is "/", or
+// its parent lies on another device ("..", at a mount's top, leads out of the mount).
+bool isMountTop(std::string_view path, int fd) {
+    if (path == "/") return true;
+    int error = 0;
+    const auto folder = platform::statDescriptor(fd, error);
+    const auto parent = platform::statAt(fd, "..", false, error);
+    return folder && parent && folder->device != parent->device;
 }
 
 }  // namespace
@@ -49,9 +60,9 @@ DuplicateWalkRules::DuplicateWalkRules(const std::string& root, uint64_t rootDev
             if (!allowsDevice(home->device)) devices_.push_back(home->device);
         }
     }
-    // The home trash lives in the data folder rather than in a folder named ".Trash"; both
-    // its written and its resolved path are matched, since walked paths are built from
-    // the root as given.
+    // The home trash of the freedesktop.org Trash layout lives in the data folder rather
+    // than in a folder named ".Trash"; both its written and its resolved path are matched,
+    // since walked paths are built from the root as given.
     const std::string homeTrash = platform::standardizePath(platform::dataHome() + "/Trash");
     trashFolders_.push_back(homeTrash);
     const std::string resolved = platform::resolveSymlinks(homeTrash);
@@ -62,9 +73,15 @@ bool DuplicateWalkRules::allowsDevice(uint64_t device) const {
     return std::find(devices_.begin(), devices_.end(), device) != devices_.end();
 }
 
-bool DuplicateWalkRules::skipsDirectory(std::string_view path, std::string_view name) const {
+bool DuplicateWalkRules::skipsDirectory(std::string_view path, std::string_view name,
+                                        int parentFd) const {
     if (rootScan_ && (path == "/System/Volumes" || path == "/Volumes")) return true;
-    if (name == ".Trash" || isVolumeTrashName(name)) return true;
+    if (name == ".Trash") return true;
+    if (isVolumeTrashName(name)) {
+        const auto slash = path.rfind('/');
+        const std::string_view parent = slash == 0 ? "/" : path.substr(0, slash);
+        if (isMountTop(parent, parentFd)) return true;
+    }
     if (hasSkippedExtension(name)) return true;
     if (name == "Trash") {
         return std::find(trashFolders_.begin(), trashFolders_.end(), path) != trashFolders_.end();

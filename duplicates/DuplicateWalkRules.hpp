@@ -25,7 +25,9 @@ class DuplicateWalkRules {
     bool rootScan() const { return rootScan_; }
     bool allowsDevice(uint64_t device) const;
     // True for a folder at `path` (last component `name`) that the walk must not enter.
-    bool skipsDirectory(std::string_view path, std::string_view name) const;
+    // `parentFd` is the open folder that holds it; it is asked (two status calls) only
+    // about a folder named like a volume's trash.
+    bool skipsDirectory(std::string_view path, std::string_view name, int parentFd) const;
 
   private:
     bool rootScan_ = false;

@@ -13,7 +13,8 @@ QCollator& threadCollator() {
         // Under the "C" locale Qt collates by code point and ignores numeric mode, which
         // would put "file10" before "File2"; a file browser never does.
         QLocale locale = QLocale::system();
-        if (locale.language() == QLocale::C) locale = QLocale(QLocale::English, QLocale::UnitedStates);
+        if (locale.language() == QLocale::C)
+            locale = QLocale(QLocale::English, QLocale::UnitedStates);
         QCollator c(locale);
         c.setNumericMode(true);
         c.setCaseSensitivity(Qt::CaseInsensitive);
@@ -28,8 +29,10 @@ QString fromBytes(std::string_view text) {
 }
 
 // Removes accents so that "resume" finds "Résumé": decompose, then drop combining marks.
+// Canonical decomposition only: compatibility forms ("ﬁ", full-width letters) are
+// different text, not the same letters with accents.
 QString foldForSearch(const QString& text) {
-    const QString decomposed = text.normalized(QString::NormalizationForm_KD);
+    const QString decomposed = text.normalized(QString::NormalizationForm_D);
     QString out;
     out.reserve(decomposed.size());
     for (QChar c : decomposed) {

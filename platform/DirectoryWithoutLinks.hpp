@@ -3,7 +3,8 @@
 // following any symbolic link, so the descriptor is the folder that the path names
 // through real folders only. Cleanup moves items relative to such a descriptor.
 //
-// Contract: one open per component on the caller's thread; an invalid descriptor and
+// Contract: one open per component on the caller's thread; the folders on the way need
+// only search permission, the folder itself read permission. An invalid descriptor and
 // `error` (ELOOP or ENOTDIR for a link on the way) on failure.
 
 #include <string>

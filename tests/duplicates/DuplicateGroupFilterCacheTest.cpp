@@ -58,6 +58,10 @@ TEST_F(DuplicateGroupFilterCacheTest, QueryMatchesAnyCopyIgnoringCaseAndAccentsA
     EXPECT_EQ(ids(cache_.visible(result_, "photo-2", 0)), (std::vector<std::string>{"small"}));
     EXPECT_TRUE(cache_.visible(result_, "nothing like it", 0).empty());
     EXPECT_EQ(ids(cache_.visible(result_, "\u00a0 \t", 0)).size(), 3u);  // blank query: no filter
+    // Em space and medium mathematical space, as pasted from a document.
+    EXPECT_EQ(ids(cache_.visible(result_, "\u2003resume\u205f", 0)),
+              (std::vector<std::string>{"big"}));
+    EXPECT_EQ(DuplicateGroupFilterCache::trimmedQuery("\u205f\u2003a b\u2003\u2028"), "a b");
 }
 
 TEST_F(DuplicateGroupFilterCacheTest, AnswerIsReusedUntilRevisionQueryOrMinimumChange) {

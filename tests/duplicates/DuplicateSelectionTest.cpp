@@ -34,7 +34,9 @@ TEST_F(DuplicateSelectionTest, ReasonsFollowTheirOrderOfPrecedence) {
     EXPECT_EQ(reason("/usr/share/a.bin"), "System and app locations stay in Finder.");
     EXPECT_EQ(reason("/Library/a.bin"), "System and app locations stay in Finder.");
     EXPECT_EQ(reason("/private"), "System and app locations stay in Finder.");
-    EXPECT_EQ(reason("/etc/a.conf"), "System and app locations stay in Finder.");
+    EXPECT_EQ(reason("/dev/shm/a.bin"), "System and app locations stay in Finder.");
+    EXPECT_EQ(reason("/usrlocal/a.bin"),
+              "Only copies inside the selected folder can be moved to Trash.");
     EXPECT_EQ(reason("/srv/a.bin"),
               "Only copies inside the selected folder can be moved to Trash.");
     EXPECT_EQ(reason(home_.home()),
@@ -63,17 +65,20 @@ TEST_F(DuplicateSelectionTest, WholeDiskScansOnlyMoveCopiesInsideHome) {
     scope_ = "/";
     EXPECT_EQ(reason("/Users/Shared/a.bin"),
               "Only copies inside the selected folder can be moved to Trash.");
+    EXPECT_EQ(reason("/etc/a.conf"),
+              "Only copies inside the selected folder can be moved to Trash.");
+    EXPECT_EQ(reason("/var/lib/a.bin"),
+              "Only copies inside the selected folder can be moved to Trash.");
     EXPECT_EQ(reason(in("Movies/a.mov")), std::nullopt);
 }
 
-TEST_F(DuplicateSelectionTest, LinuxSystemFoldersThatHoldHomeStillAllowIt) {
-    // Homes below /var (as some systems keep them) stay movable; the rest of /var does not.
-    test::ScopedEnvironment environment;
-    environment.set("HOME", "/var/home/someone");
-    const DuplicateFile inHome = fileRecord("/var/home/someone/Documents/a.bin");
-    EXPECT_EQ(DuplicateSelection::finderOnlyReason(inHome, "/var/home/someone"), std::nullopt);
-    EXPECT_EQ(DuplicateSelection::finderOnlyReason(fileRecord("/var/lib/a.bin"), "/var"),
-              "System and app locations stay in Finder.");
+TEST_F(DuplicateSelectionTest, ChosenFoldersOutsideTheSystemLocationsAreTheUsers) {
+    scope_ = "/opt/data";
+    EXPECT_EQ(reason("/opt/data/a.bin"), std::nullopt);
+    scope_ = "/var/home/someone";
+    EXPECT_EQ(reason("/var/home/someone/Work/a.bin"), std::nullopt);
+    scope_ = "/usr/local";
+    EXPECT_EQ(reason("/usr/local/a.bin"), "System and app locations stay in Finder.");
 }
 
 TEST_F(DuplicateSelectionTest, KeepScoreFavoursMediaFoldersAndDesktopAndPenalisesCopies) {
