@@ -13,7 +13,7 @@
 namespace veldan {
 
 class LabelFit {
-  public:
+public:
     // Vertical metrics of the face as shares of the font size: a line's baseline lies
     // `ascent` below its top, glyphs reach `descent` below the baseline, and lines stack
     // `lineHeight` apart.

@@ -7,7 +7,7 @@
 namespace veldan {
 
 class MapIcons {
-  public:
+public:
     static constexpr double gridSize = 16;
     // SVG path data for `symbolName`; empty for a name without a drawing.
     static std::string_view pathData(std::string_view symbolName);

@@ -16,7 +16,7 @@
 namespace veldan {
 
 class OrbitPicture {
-  public:
+public:
     // The ring is a square of the smaller side of `width` x `height`, the geometry
     // OrbitLayout hit-tests in.
     static std::string svg(const DiskNode& folder, const std::vector<OrbitItem>& items,

@@ -30,7 +30,7 @@ struct ScanJobOptions {
 };
 
 class ScanJob {
-  public:
+public:
     // Scans `path`; null when cancelled. Shared because the saved map is encoded from
     // the same snapshot on the cache's queue while the caller prints it: a large map is
     // never held twice.

@@ -27,7 +27,7 @@ struct SvgLabel {
 };
 
 class SvgDocument {
-  public:
+public:
     SvgDocument(double width, double height, std::string_view fontFamily);
 
     // Numbers with at most two decimals and no trailing zeros, independent of locale.
@@ -52,7 +52,7 @@ class SvgDocument {
 
     std::string finish();
 
-  private:
+private:
     std::string out_;
 };
 

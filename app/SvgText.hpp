@@ -9,7 +9,7 @@
 namespace veldan {
 
 class SvgText {
-  public:
+public:
     // Well-formed UTF-8 where every byte that is not part of a valid sequence, every
     // control character and the non-characters U+FFFE/U+FFFF became U+FFFD.
     static std::string clean(std::string_view text);

@@ -15,7 +15,7 @@
 namespace veldan {
 
 class TreemapPicture {
-  public:
+public:
     // `tiles` as TreemapLayout laid them out in a view of `width` x `height`.
     static std::string svg(const std::vector<MapTile>& tiles, double width, double height,
                            const MapPictureStyle& style);

@@ -67,8 +67,9 @@ enum Node : size_t {
 };
 
 class Encoder {
-  public:
-    Encoder(PropertyListWriter::Sink sink, size_t maximumBytes) : writer_(std::move(sink), maximumBytes) {
+public:
+    Encoder(PropertyListWriter::Sink sink, size_t maximumBytes)
+        : writer_(std::move(sink), maximumBytes) {
         for (size_t i = 0; i < nodeKeys.size(); ++i)
             nodeKeyRefs_[i] = writer_.string(nodeKeys[i]);
     }
@@ -89,7 +90,7 @@ class Encoder {
 
     PropertyListWriter& writer() { return writer_; }
 
-  private:
+private:
     template <size_t N>
     Ref dictionary(const Keys<N>& names, const std::array<Ref, N>& values) {
         std::array<Ref, N> keys{};
@@ -177,7 +178,7 @@ class Encoder {
 };
 
 class Decoder {
-  public:
+public:
     Decoder(const PropertyListReader& reader, size_t documentBytes)
         : reader_(reader),
           records_(reader.objectCount()),
@@ -200,7 +201,7 @@ class Decoder {
         return archive;
     }
 
-  private:
+private:
     // The key objects found for each record type's names so far. Keys are shared: once a
     // key object is known to spell a name, comparing objects suffices for the thousands of
     // records that use it.
@@ -434,11 +435,11 @@ std::optional<std::string> ScanArchive::encode(const std::string& scopePath,
                                                const RootIdentity& rootIdentity,
                                                const ScanSnapshot& snapshot, size_t maximumBytes) {
     std::string document;
-    const auto result = write(scopePath, rootIdentity, snapshot, maximumBytes,
-                              [&](std::string_view piece) {
-                                  document.append(piece);
-                                  return true;
-                              });
+    const auto result =
+        write(scopePath, rootIdentity, snapshot, maximumBytes, [&](std::string_view piece) {
+            document.append(piece);
+            return true;
+        });
     if (result != PropertyListWriter::WriteResult::written) return std::nullopt;
     return document;
 }

@@ -103,9 +103,8 @@ void ScanCache::save(const ScanSnapshot& snapshot, const std::string& scope) {
 void ScanCache::save(std::shared_ptr<const ScanSnapshot> snapshot, const std::string& scope) {
     // The location is taken now, in the environment of the caller.
     const std::string file = fileFor(scope);
-    queue_.async([this, snapshot = std::move(snapshot), scope, file] {
-        write(*snapshot, scope, file);
-    });
+    queue_.async(
+        [this, snapshot = std::move(snapshot), scope, file] { write(*snapshot, scope, file); });
 }
 
 void ScanCache::drain() {

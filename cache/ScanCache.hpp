@@ -27,7 +27,7 @@
 namespace veldan {
 
 class ScanCache {
-  public:
+public:
     static constexpr size_t maximumFileBytes = 64 * 1024 * 1024;
     static constexpr const char* staleKeyPrefix = "veldanScanCacheStale.";
 
@@ -67,7 +67,7 @@ class ScanCache {
     // millisecond as the finish counts as later: outdated is the safe answer.
     bool needsRefresh(const ScanSnapshot& snapshot, const std::string& scope) const;
 
-  private:
+private:
     SaveOutcome write(const ScanSnapshot& snapshot, const std::string& scope,
                       const std::string& file) const;
 

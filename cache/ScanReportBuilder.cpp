@@ -11,7 +11,7 @@ constexpr const char* allocatedSpaceNote =
     "Sizes use allocated file space. Hard links are counted once; APFS copies can share blocks.";
 
 class Lines {
-  public:
+public:
     explicit Lines(const ScanReportStyle& style) : style_(style) {}
 
     void add(std::string line) { lines_.push_back(std::move(line)); }
@@ -32,7 +32,7 @@ class Lines {
         return text;
     }
 
-  private:
+private:
     const ScanReportStyle& style_;
     std::vector<std::string> lines_;
 };

@@ -30,7 +30,7 @@ struct ScanReportStyle {
 };
 
 class ScanReportBuilder {
-  public:
+public:
     // The names the save dialog proposes.
     static constexpr const char* summaryFileName = "Veldan - Scan Summary.txt";
     static constexpr const char* partialFileName = "Veldan - Partial Scan.txt";

@@ -26,11 +26,11 @@ bool related(const std::string& a, const std::string& b) {
 }  // namespace
 
 class ScanSessionCache::Lease final : public ScanReuse::Lease {
-  public:
+public:
     explicit Lease(Ticket ticket) : ticket_(std::move(ticket)) {}
     void store(const ScanSnapshot& snapshot) override { ticket_.store(snapshot); }
 
-  private:
+private:
     Ticket ticket_;
 };
 

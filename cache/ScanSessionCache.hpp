@@ -26,7 +26,7 @@
 namespace veldan {
 
 class ScanSessionCache final : public ScanReuse {
-  public:
+public:
     // What prepare() hands to a scan that walks: the watcher and its generation when the
     // scan started, so the result is only kept if nothing changed while it was measured.
     struct Ticket {
@@ -71,7 +71,7 @@ class ScanSessionCache final : public ScanReuse {
     void setAccessLevelSource(std::function<int()> source);
     void setWatchOptions(platform::FileWatchOptions options);
 
-  private:
+private:
     class Lease;
 
     std::mutex mutex_;

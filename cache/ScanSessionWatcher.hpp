@@ -24,7 +24,7 @@
 namespace veldan {
 
 class ScanSessionWatcher {
-  public:
+public:
     // Starts watching `root` (its watched path, and the additional path when there is
     // one); returns once every folder is watched or the watch is known to be incomplete.
     ScanSessionWatcher(ScanRootIdentity root, platform::FileWatchOptions options);
@@ -47,7 +47,7 @@ class ScanSessionWatcher {
     // Delivers the events the kernel holds now; then returns the generation.
     uint64_t flush();
 
-  private:
+private:
     void changed();
 
     const ScanRootIdentity root_;

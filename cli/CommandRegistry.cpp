@@ -9,12 +9,15 @@ std::vector<CommandEntry>& CommandRegistry::entries() {
     return all;
 }
 
-void CommandRegistry::add(CommandEntry entry) { entries().push_back(std::move(entry)); }
+void CommandRegistry::add(CommandEntry entry) {
+    entries().push_back(std::move(entry));
+}
 
 std::vector<CommandEntry> CommandRegistry::ordered() {
     auto all = entries();
-    std::stable_sort(all.begin(), all.end(),
-                     [](const CommandEntry& a, const CommandEntry& b) { return a.order < b.order; });
+    std::stable_sort(all.begin(), all.end(), [](const CommandEntry& a, const CommandEntry& b) {
+        return a.order < b.order;
+    });
     return all;
 }
 

@@ -20,7 +20,7 @@ void onSignal(int) {
 InterruptScope::InterruptScope(ScanCancellation& cancellation) {
     signalled.store(false);
     current.store(&cancellation);
-    struct sigaction action{};
+    struct sigaction action {};
     action.sa_handler = onSignal;
     sigemptyset(&action.sa_mask);
     ::sigaction(SIGINT, &action, &previousInt_);
@@ -33,6 +33,8 @@ InterruptScope::~InterruptScope() {
     current.store(nullptr);
 }
 
-bool InterruptScope::interrupted() { return signalled.load(); }
+bool InterruptScope::interrupted() {
+    return signalled.load();
+}
 
 }  // namespace veldan::cli

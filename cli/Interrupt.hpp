@@ -21,8 +21,8 @@ public:
     static bool interrupted();
 
 private:
-    struct sigaction previousInt_{};
-    struct sigaction previousTerm_{};
+    struct sigaction previousInt_ {};
+    struct sigaction previousTerm_ {};
 };
 
 }  // namespace veldan::cli

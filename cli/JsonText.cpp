@@ -82,13 +82,27 @@ void appendJsonString(std::string& out, std::string_view text) {
         }
         out.append(text.data() + run, i - run);
         switch (byte) {
-            case '"': out += "\\\""; break;
-            case '\\': out += "\\\\"; break;
-            case '\n': out += "\\n"; break;
-            case '\r': out += "\\r"; break;
-            case '\t': out += "\\t"; break;
-            case '\b': out += "\\b"; break;
-            case '\f': out += "\\f"; break;
+            case '"':
+                out += "\\\"";
+                break;
+            case '\\':
+                out += "\\\\";
+                break;
+            case '\n':
+                out += "\\n";
+                break;
+            case '\r':
+                out += "\\r";
+                break;
+            case '\t':
+                out += "\\t";
+                break;
+            case '\b':
+                out += "\\b";
+                break;
+            case '\f':
+                out += "\\f";
+                break;
             default:
                 // Below 0x20 a control character; above 0x7F a byte that is not UTF-8.
                 std::snprintf(escape, sizeof escape, byte < 0x20 ? "\\u%04x" : "\\udc%02x", byte);

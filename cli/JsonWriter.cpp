@@ -8,9 +8,13 @@ namespace {
 constexpr size_t flushThreshold = 1 << 16;
 }
 
-JsonWriter::JsonWriter(FILE* out) : out_(out) { buffer_.reserve(flushThreshold * 2); }
+JsonWriter::JsonWriter(FILE* out) : out_(out) {
+    buffer_.reserve(flushThreshold * 2);
+}
 
-JsonWriter::~JsonWriter() { flush(); }
+JsonWriter::~JsonWriter() {
+    flush();
+}
 
 void JsonWriter::separate() {
     if (afterKey_) {

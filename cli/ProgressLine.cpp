@@ -9,7 +9,9 @@ namespace veldan::cli {
 
 ProgressLine::ProgressLine() : active_(Terminal::isTerminal(stderr)) {}
 
-ProgressLine::~ProgressLine() { clear(); }
+ProgressLine::~ProgressLine() {
+    clear();
+}
 
 void ProgressLine::show(const std::string& text) {
     if (!active_) return;

@@ -70,18 +70,19 @@ int runScan(const ScanOptions& options) {
     return std::cout.good() ? exitSuccess : exitFailure;
 }
 
-const CommandRegistration registration{"scan", 10, [](CLI::App& app) -> CommandRunner {
-    auto options = std::make_shared<ScanOptions>();
-    auto* sub = app.add_subcommand("scan", "Measure a folder and print its map");
-    sub->add_option("path", options->path, "Folder to scan (default: the current folder)");
-    sub->add_option("--depth", options->depth, "Levels of the map to print")
-        ->check(CLI::Range(0, 64))
-        ->capture_default_str();
-    sub->add_flag("--json", options->json, "Print the scan as JSON for scripts");
-    sub->add_flag("--no-cache", options->noCache,
-                  "Do not save this map for veldan show and veldan report --saved");
-    return [options] { return runScan(*options); };
-}};
+const CommandRegistration registration{
+    "scan", 10, [](CLI::App& app) -> CommandRunner {
+        auto options = std::make_shared<ScanOptions>();
+        auto* sub = app.add_subcommand("scan", "Measure a folder and print its map");
+        sub->add_option("path", options->path, "Folder to scan (default: the current folder)");
+        sub->add_option("--depth", options->depth, "Levels of the map to print")
+            ->check(CLI::Range(0, 64))
+            ->capture_default_str();
+        sub->add_flag("--json", options->json, "Print the scan as JSON for scripts");
+        sub->add_flag("--no-cache", options->noCache,
+                      "Do not save this map for veldan show and veldan report --saved");
+        return [options] { return runScan(*options); };
+    }};
 
 }  // namespace
 

@@ -40,11 +40,10 @@ void collect(const DiskNode& node, int64_t parentBytes, const std::string& prefi
     if (node.isPartial) line.note += line.note.empty() ? "partly measured" : ", partly measured";
     lines.push_back(std::move(line));
     if (depth >= options.depth) return;
-    const std::string childPrefix =
-        depth == 0 ? "" : prefix + (isLast ? "   " : "\u2502  ");
+    const std::string childPrefix = depth == 0 ? "" : prefix + (isLast ? "   " : "\u2502  ");
     for (size_t i = 0; i < node.children.size(); ++i) {
-        collect(node.children[i], node.bytes, childPrefix, i + 1 == node.children.size(),
-                depth + 1, options, lines);
+        collect(node.children[i], node.bytes, childPrefix, i + 1 == node.children.size(), depth + 1,
+                options, lines);
     }
 }
 

@@ -16,7 +16,8 @@ void writeNodeJson(JsonWriter& out, const DiskNode& node) {
     out.value(title(node.category));
     out.key("children");
     out.beginArray();
-    for (const auto& child : node.children) writeNodeJson(out, child);
+    for (const auto& child : node.children)
+        writeNodeJson(out, child);
     out.endArray();
     out.key("isDirectory");
     out.value(node.isDirectory);
@@ -26,7 +27,8 @@ void writeNodeJson(JsonWriter& out, const DiskNode& node) {
     out.value(node.isPartial);
     out.key("excludedPaths");
     out.beginArray();
-    for (const auto& path : node.excludedPaths) out.value(path);
+    for (const auto& path : node.excludedPaths)
+        out.value(path);
     out.endArray();
     out.endObject();
 }
@@ -68,7 +70,8 @@ void writeSnapshotJson(JsonWriter& out, const ScanSnapshot& snapshot) {
     out.value(snapshot.unreadableItems);
     out.key("unreadablePaths");
     out.beginArray();
-    for (const auto& path : snapshot.unreadablePaths) out.value(path);
+    for (const auto& path : snapshot.unreadablePaths)
+        out.value(path);
     out.endArray();
     if (snapshot.unreadableReasons) {
         out.key("unreadableReasons");

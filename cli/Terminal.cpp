@@ -10,7 +10,9 @@
 
 namespace veldan::cli {
 
-bool Terminal::isTerminal(FILE* stream) { return ::isatty(::fileno(stream)) == 1; }
+bool Terminal::isTerminal(FILE* stream) {
+    return ::isatty(::fileno(stream)) == 1;
+}
 
 bool Terminal::wantsColor(FILE* stream) {
     const char* noColor = std::getenv("NO_COLOR");
@@ -21,7 +23,7 @@ bool Terminal::wantsColor(FILE* stream) {
 }
 
 int Terminal::width(FILE* stream, int fallback) {
-    struct winsize size{};
+    struct winsize size {};
     if (::ioctl(::fileno(stream), TIOCGWINSZ, &size) == 0 && size.ws_col > 0) return size.ws_col;
     return fallback;
 }
@@ -35,7 +37,8 @@ std::string Terminal::display(std::string_view text) {
         if (byte >= 0x80) {
             const size_t length = validSequenceLength(text, i);
             // U+0080..U+009F are C1 control characters: as dangerous as ESC on a terminal.
-            const bool c1 = length == 2 && byte == 0xC2 && static_cast<unsigned char>(text[i + 1]) < 0xA0;
+            const bool c1 =
+                length == 2 && byte == 0xC2 && static_cast<unsigned char>(text[i + 1]) < 0xA0;
             if (length > 0 && !c1) {
                 out.append(text.substr(i, length));
                 i += length;

@@ -31,7 +31,9 @@ public:
     explicit Style(bool enabled) : enabled_(enabled) {}
     std::string bold(std::string_view text) const { return wrap("1", text); }
     std::string dim(std::string_view text) const { return wrap("2", text); }
-    std::string color(int code, std::string_view text) const { return wrap(std::to_string(code), text); }
+    std::string color(int code, std::string_view text) const {
+        return wrap(std::to_string(code), text);
+    }
     bool enabled() const { return enabled_; }
 
 private:

@@ -1,7 +1,7 @@
 // The `veldan` command: maps where space goes and helps reclaim it safely.
 
-#include <CLI/CLI.hpp>
 #include <malloc.h>
+#include <CLI/CLI.hpp>
 
 #include <cstdio>
 #include <iostream>
@@ -15,13 +15,15 @@ int main(int argc, char** argv) {
     // growing each heap in large steps spares thousands of mprotect calls per scan.
     // Untouched padding costs address space, not memory.
     mallopt(M_TOP_PAD, 32 << 20);
-    CLI::App app{"Veldan maps where space goes on a disk or in a folder and helps reclaim it safely.",
-                 "veldan"};
+    CLI::App app{
+        "Veldan maps where space goes on a disk or in a folder and helps reclaim it safely.",
+        "veldan"};
     app.require_subcommand(1);
     app.set_version_flag("--version", "veldan 0.1.0");
     std::map<CLI::App*, CommandRunner> runners;
     for (auto& entry : CommandRegistry::ordered()) {
-        CLI::App* before = app.get_subcommands({}).empty() ? nullptr : app.get_subcommands({}).back();
+        CLI::App* before =
+            app.get_subcommands({}).empty() ? nullptr : app.get_subcommands({}).back();
         auto runner = entry.factory(app);
         CLI::App* added = app.get_subcommands({}).back();
         if (added != before) runners[added] = std::move(runner);

@@ -26,7 +26,7 @@
 namespace veldan {
 
 class DuplicateCollectWork {
-  public:
+public:
     static constexpr size_t sharedQueueLimit = 64;
     static constexpr double progressInterval = 0.25;
 
@@ -53,7 +53,7 @@ class DuplicateCollectWork {
     // and one final report of the total.
     std::vector<DuplicateCollectResult> takeResults();
 
-  private:
+private:
     std::mutex lock_;
     std::condition_variable condition_;
     DuplicateScanProgress progress_;

@@ -21,7 +21,7 @@
 namespace veldan {
 
 class DuplicateCollectWorker {
-  public:
+public:
     static constexpr int entriesPerClockCheck = 64;
 
     // `afterListing` (a test seam, usually empty) is called after each folder is listed;
@@ -32,7 +32,7 @@ class DuplicateCollectWorker {
 
     void run();
 
-  private:
+private:
     void listDirectory(std::string path);
     void handleEntry(int directoryFd, const std::string& directory,
                      const platform::DirectoryEntryView& entry);

@@ -21,7 +21,7 @@
 namespace veldan {
 
 class DuplicateGroupFilterCache {
-  public:
+public:
     // Minimum extra-size choices of the results list.
     static constexpr int64_t allSizes = 0;
     static constexpr int64_t tenMegabytes = 10'000'000;
@@ -38,7 +38,7 @@ class DuplicateGroupFilterCache {
     // How many of `selectedPaths` belong to the groups last returned by visible().
     int64_t selectedCount(const DuplicatePathSet& selectedPaths) const;
 
-  private:
+private:
     struct Key {
         std::string revision;
         std::string query;

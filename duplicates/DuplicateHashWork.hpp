@@ -16,7 +16,7 @@
 namespace veldan {
 
 class DuplicateHashWork {
-  public:
+public:
     static constexpr double progressInterval = 0.25;
 
     // Reports (phase, 0, count) at once, so the start of a phase is always seen.
@@ -30,7 +30,7 @@ class DuplicateHashWork {
     // The digests, one slot per candidate; call after every worker has returned.
     std::vector<std::optional<platform::Sha256Digest>> takeDigests();
 
-  private:
+private:
     std::mutex lock_;
     const size_t total_;
     const DuplicateScanPhase phase_;

@@ -46,7 +46,7 @@ struct DuplicateScanSeams {
 };
 
 class DuplicateScanner {
-  public:
+public:
     static constexpr int64_t minimumFileBytes = 1'000'000;
     static constexpr size_t collectingWorkers = 4;
     static constexpr size_t samplingWorkers = 4;
@@ -84,7 +84,7 @@ class DuplicateScanner {
                                                       const ScanCancellation& cancellation,
                                                       const DuplicateScanSeams& seams = {});
 
-  private:
+private:
     ClonedFileSpace::Query cloneQuery_;
     DuplicateScanSeams seams_;
 };

@@ -18,7 +18,7 @@ namespace veldan {
 using DuplicatePathSet = std::set<std::string>;
 
 class DuplicateSelection {
-  public:
+public:
     // Why `file` must stay where it is, as one sentence, or nothing when it may be
     // selected. `scope` is the scanned folder; for a scan of "/" only copies inside the
     // home folder may move.

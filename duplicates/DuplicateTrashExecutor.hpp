@@ -28,7 +28,7 @@
 namespace veldan {
 
 class DuplicateTrashExecutor {
-  public:
+public:
     // (files handled so far, selected files in the result)
     using Progress = std::function<void(int64_t done, int64_t total)>;
 
@@ -47,7 +47,7 @@ class DuplicateTrashExecutor {
                                   std::optional<DuplicateFile>& cached,
                                   const platform::Sha256Digest& digest);
 
-  private:
+private:
     ChangedPathsSink changedPaths_;
 };
 

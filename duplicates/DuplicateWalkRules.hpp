@@ -13,7 +13,7 @@
 namespace veldan {
 
 class DuplicateWalkRules {
-  public:
+public:
     // Lower-case folder extensions that are never entered: their contents belong to an
     // application or a library and must not be touched one file at a time.
     static bool isSkippedPackage(std::string_view lowercaseExtension);
@@ -29,7 +29,7 @@ class DuplicateWalkRules {
     // about a folder named like a volume's trash.
     bool skipsDirectory(std::string_view path, std::string_view name, int parentFd) const;
 
-  private:
+private:
     bool rootScan_ = false;
     std::vector<uint64_t> devices_;
     std::vector<std::string> trashFolders_;

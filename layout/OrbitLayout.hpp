@@ -16,7 +16,7 @@
 namespace veldan {
 
 class OrbitLayout {
-  public:
+public:
     static constexpr double margin = 8.0;  // between the view's edge and the ring
     static constexpr double innerRatio = 0.52;
 

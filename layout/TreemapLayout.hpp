@@ -22,7 +22,7 @@ struct TreemapRowItem {
 };
 
 class TreemapLayout {
-  public:
+public:
     static constexpr double minimumSide = 6.0;        // a slot this thin or thinner draws nothing
     static constexpr double nestingThreshold = 90.0;  // nested only when wider and taller than this
     static constexpr double nestingInset = 7.0;

@@ -40,9 +40,9 @@ std::optional<std::string> writeFileAtomically(const std::string& path, std::str
         path, [&](const ContentSink& write) { return write(contents); }, durability);
 }
 
-std::optional<std::string> writeFileAtomically(const std::string& path,
-                                               const std::function<bool(const ContentSink&)>& produce,
-                                               Durability durability) {
+std::optional<std::string> writeFileAtomically(
+    const std::string& path, const std::function<bool(const ContentSink&)>& produce,
+    Durability durability) {
     std::string target = absolutePath(path);
     struct stat status {};
     if (::lstat(target.c_str(), &status) == 0 && S_ISLNK(status.st_mode)) {

@@ -17,9 +17,9 @@ namespace veldan::platform {
 enum class Durability { flushed, regenerable };
 
 // Writes `contents` to a temporary file beside `path`, flushes it to disk (unless it is
-// `regenerable`) and renames it over `path`. A symbolic link is followed to the file it names. An existing file keeps
-// its permission bits; a new one gets the usual ones (0666 less the umask). Returns the
-// reason ("Permission denied", "Is a directory", "Not a regular file", ...) when the
+// `regenerable`) and renames it over `path`. A symbolic link is followed to the file it names. An
+// existing file keeps its permission bits; a new one gets the usual ones (0666 less the umask).
+// Returns the reason ("Permission denied", "Is a directory", "Not a regular file", ...) when the
 // file could not be written; the temporary file is then removed and `path` is untouched.
 std::optional<std::string> writeFileAtomically(const std::string& path, std::string_view contents,
                                                Durability durability = Durability::flushed);
@@ -27,8 +27,8 @@ std::optional<std::string> writeFileAtomically(const std::string& path, std::str
 // The same with contents produced in pieces: `produce` calls its argument with each piece
 // and returns false to give up (the temporary file is removed and `path` is untouched).
 using ContentSink = std::function<bool(std::string_view piece)>;
-std::optional<std::string> writeFileAtomically(const std::string& path,
-                                               const std::function<bool(const ContentSink&)>& produce,
-                                               Durability durability = Durability::flushed);
+std::optional<std::string> writeFileAtomically(
+    const std::string& path, const std::function<bool(const ContentSink&)>& produce,
+    Durability durability = Durability::flushed);
 
 }  // namespace veldan::platform

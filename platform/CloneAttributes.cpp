@@ -2,6 +2,8 @@
 
 namespace veldan::platform {
 
-std::optional<CloneAttributes> cloneAttributes(const std::string&) { return std::nullopt; }
+std::optional<CloneAttributes> cloneAttributes(const std::string&) {
+    return std::nullopt;
+}
 
 }  // namespace veldan::platform

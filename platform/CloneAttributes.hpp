@@ -19,7 +19,9 @@ struct CloneAttributes {
 };
 
 // True when cloneAttributes() can ever answer; lets the scanner skip building paths.
-constexpr bool cloneAttributesAvailable() { return false; }
+constexpr bool cloneAttributesAvailable() {
+    return false;
+}
 
 // Reads the attributes of `path` without following a final link; empty when unknown.
 std::optional<CloneAttributes> cloneAttributes(const std::string& path);

@@ -11,8 +11,8 @@ namespace veldan::platform {
 
 namespace {
 
-constexpr unsigned sizeMask = STATX_TYPE | STATX_MODE | STATX_NLINK | STATX_INO | STATX_SIZE |
-                              STATX_BLOCKS;
+constexpr unsigned sizeMask =
+    STATX_TYPE | STATX_MODE | STATX_NLINK | STATX_INO | STATX_SIZE | STATX_BLOCKS;
 constexpr unsigned fullMask = sizeMask | STATX_MTIME | STATX_CTIME | STATX_BTIME;
 
 Timestamp toTimestamp(const struct statx_timestamp& t) {
@@ -28,8 +28,9 @@ FileStatus toStatus(const struct statx& sx) {
     s.size = static_cast<int64_t>(sx.stx_size);
     // A corrupt or hostile file system can report any count; saturating keeps a huge one
     // huge (it is then reported as unavailable) instead of wrapping to a negative size.
-    s.blocks = sx.stx_blocks > static_cast<uint64_t>(INT64_MAX) ? INT64_MAX
-                                                                 : static_cast<int64_t>(sx.stx_blocks);
+    s.blocks = sx.stx_blocks > static_cast<uint64_t>(INT64_MAX)
+                   ? INT64_MAX
+                   : static_cast<int64_t>(sx.stx_blocks);
     if (sx.stx_mask & STATX_MTIME) s.modified = toTimestamp(sx.stx_mtime);
     if (sx.stx_mask & STATX_CTIME) s.changed = toTimestamp(sx.stx_ctime);
     if (sx.stx_mask & STATX_BTIME) s.created = toTimestamp(sx.stx_btime);
@@ -38,13 +39,19 @@ FileStatus toStatus(const struct statx& sx) {
 
 }  // namespace
 
-bool FileStatus::isDirectory() const { return S_ISDIR(mode); }
-bool FileStatus::isSymbolicLink() const { return S_ISLNK(mode); }
-bool FileStatus::isRegularFile() const { return S_ISREG(mode); }
+bool FileStatus::isDirectory() const {
+    return S_ISDIR(mode);
+}
+bool FileStatus::isSymbolicLink() const {
+    return S_ISLNK(mode);
+}
+bool FileStatus::isRegularFile() const {
+    return S_ISREG(mode);
+}
 
 std::optional<FileStatus> statAt(int directoryFd, const char* name, bool follow, int& error,
                                  StatDetail detail) {
-    struct statx sx{};
+    struct statx sx {};
     const int flags = (follow ? 0 : AT_SYMLINK_NOFOLLOW) | AT_STATX_SYNC_AS_STAT |
                       (name[0] == '\0' ? AT_EMPTY_PATH : 0);
     const unsigned mask = detail == StatDetail::full ? fullMask : sizeMask;
@@ -69,6 +76,8 @@ std::optional<FileStatus> statPath(const std::string& path, bool follow) {
     return statPath(path, follow, error);
 }
 
-std::optional<FileStatus> statDescriptor(int fd, int& error) { return statAt(fd, "", false, error); }
+std::optional<FileStatus> statDescriptor(int fd, int& error) {
+    return statAt(fd, "", false, error);
+}
 
 }  // namespace veldan::platform

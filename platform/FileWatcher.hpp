@@ -50,7 +50,7 @@ struct FileWatchOptions {
 };
 
 class FileWatcher {
-  public:
+public:
     using Callback = std::function<void(size_t eventCount)>;
 
     // Watches the folder trees at `roots` (absolute paths, links resolved). Returns once
@@ -72,7 +72,7 @@ class FileWatcher {
     // leaving the rest of the user's programs room to watch their own folders.
     static size_t defaultWatchBudget();
 
-  private:
+private:
     struct Root {
         std::string path;
         uint64_t device = 0;

@@ -12,7 +12,7 @@
 namespace veldan::platform {
 
 class LocaleFormat {
-  public:
+public:
     // The locale of the environment (LC_ALL, LC_NUMERIC/LC_TIME, LANG).
     static LocaleFormat system();
     // A named locale such as "en_US" or "de_DE"; an unknown name gives the "C" locale.
@@ -26,7 +26,7 @@ class LocaleFormat {
 
     struct Locale;  // the QLocale and its formats, kept out of this header
 
-  private:
+private:
     explicit LocaleFormat(std::shared_ptr<const Locale> locale);
     std::shared_ptr<const Locale> locale_;
 };

@@ -2,7 +2,11 @@
 
 namespace veldan::platform {
 
-MediaAuthorization photoLibraryAuthorization() { return MediaAuthorization::authorized; }
-MediaAuthorization musicLibraryAuthorization() { return MediaAuthorization::authorized; }
+MediaAuthorization photoLibraryAuthorization() {
+    return MediaAuthorization::authorized;
+}
+MediaAuthorization musicLibraryAuthorization() {
+    return MediaAuthorization::authorized;
+}
 
 }  // namespace veldan::platform

@@ -37,7 +37,8 @@ std::string standardizePath(std::string_view path) {
 std::string absolutePath(std::string_view path) {
     if (!path.empty() && path.front() == '/') return standardizePath(path);
     std::string cwd;
-    if (auto buffer = std::unique_ptr<char, decltype(&std::free)>(::getcwd(nullptr, 0), &std::free)) {
+    if (auto buffer =
+            std::unique_ptr<char, decltype(&std::free)>(::getcwd(nullptr, 0), &std::free)) {
         cwd = buffer.get();
     }
     return standardizePath(joinPath(cwd.empty() ? "/" : cwd, path));
@@ -46,20 +47,22 @@ std::string absolutePath(std::string_view path) {
 std::string resolveSymlinks(std::string_view path) {
     const std::string standardized = standardizePath(path);
     std::unique_ptr<char, decltype(&std::free)> resolved(::realpath(standardized.c_str(), nullptr),
-                                                          &std::free);
+                                                         &std::free);
     if (!resolved) return standardized;
     return resolved.get();
 }
 
 std::string_view lastPathComponent(std::string_view path) {
-    while (path.size() > 1 && path.back() == '/') path.remove_suffix(1);
+    while (path.size() > 1 && path.back() == '/')
+        path.remove_suffix(1);
     if (path == "/") return {};
     const auto slash = path.rfind('/');
     return slash == std::string_view::npos ? path : path.substr(slash + 1);
 }
 
 std::string parentPath(std::string_view path) {
-    while (path.size() > 1 && path.back() == '/') path.remove_suffix(1);
+    while (path.size() > 1 && path.back() == '/')
+        path.remove_suffix(1);
     const auto slash = path.rfind('/');
     if (slash == std::string_view::npos) return {};
     if (slash == 0) return "/";

@@ -18,7 +18,7 @@
 namespace veldan::platform {
 
 class Preferences {
-  public:
+public:
     // $XDG_CONFIG_HOME/Veldan/Veldan.conf
     static std::string filePath();
 

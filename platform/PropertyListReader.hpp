@@ -24,7 +24,7 @@
 namespace veldan::platform {
 
 class PropertyListReader {
-  public:
+public:
     enum class Type : uint8_t {
         invalid,  // a reference or object that does not decode
         boolean,
@@ -39,13 +39,13 @@ class PropertyListReader {
     };
 
     class Object {
-      public:
+    public:
         Object() = default;
         bool valid() const { return index_ != none; }
         // The same object of the document: shared values (keys, flags) compare equal.
         friend bool operator==(Object, Object) = default;
 
-      private:
+    private:
         friend class PropertyListReader;
         static constexpr uint64_t none = UINT64_MAX;
         explicit Object(uint64_t index) : index_(index) {}
@@ -53,11 +53,11 @@ class PropertyListReader {
     };
 
     class Array {
-      public:
+    public:
         size_t size() const { return count_; }
         Object operator[](size_t i) const;
 
-      private:
+    private:
         friend class PropertyListReader;
         const PropertyListReader* reader_ = nullptr;
         const char* refs_ = nullptr;
@@ -65,12 +65,12 @@ class PropertyListReader {
     };
 
     class Dictionary {
-      public:
+    public:
         size_t size() const { return count_; }
         Object key(size_t i) const;
         Object value(size_t i) const;
 
-      private:
+    private:
         friend class PropertyListReader;
         const PropertyListReader* reader_ = nullptr;
         const char* refs_ = nullptr;
@@ -100,7 +100,7 @@ class PropertyListReader {
     std::optional<Array> array(Object object) const;
     std::optional<Dictionary> dictionary(Object object) const;
 
-  private:
+private:
     struct Header {
         uint8_t marker = 0;
         uint64_t count = 0;          // low nibble, or the integer that follows it

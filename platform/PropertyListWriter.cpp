@@ -135,8 +135,7 @@ PropertyListWriter::Ref PropertyListWriter::addScalar(std::string_view encoded) 
     return ref;
 }
 
-PropertyListWriter::Ref PropertyListWriter::addContainer(uint8_t marker,
-                                                         std::span<const Ref> first,
+PropertyListWriter::Ref PropertyListWriter::addContainer(uint8_t marker, std::span<const Ref> first,
                                                          std::span<const Ref> second) {
     if (first.empty() && second.empty()) {
         // Empty containers are shared like scalars: they cannot nest anything.

@@ -36,7 +36,7 @@
 namespace veldan::platform {
 
 class PropertyListWriter {
-  public:
+public:
     using Ref = uint32_t;
     enum class WriteResult { written, tooLarge, sinkFailed };
     using Sink = std::function<bool(std::string_view piece)>;
@@ -69,7 +69,7 @@ class PropertyListWriter {
     // hands on the last piece. Call once.
     WriteResult complete(Ref root);
 
-  private:
+private:
     Ref addScalar(std::string_view encoded);
     Ref addContainer(uint8_t marker, std::span<const Ref> first, std::span<const Ref> second);
     Ref record(std::string_view encoded);
@@ -77,13 +77,13 @@ class PropertyListWriter {
     std::string trailer(Ref root) const;
     void flush();
 
-    Sink sink_;                      // empty: the document stays in `pending_`
+    Sink sink_;  // empty: the document stays in `pending_`
     size_t maximumBytes_ = SIZE_MAX;
     WriteResult state_ = WriteResult::written;
-    uint64_t written_ = 0;           // bytes handed to the sink so far
-    std::string pending_;            // encoded bytes not yet handed on
-    std::string scratch_;            // the encoding of the value being added
-    std::vector<uint64_t> offsets_;  // where each value starts, in reference order
+    uint64_t written_ = 0;                         // bytes handed to the sink so far
+    std::string pending_;                          // encoded bytes not yet handed on
+    std::string scratch_;                          // the encoding of the value being added
+    std::vector<uint64_t> offsets_;                // where each value starts, in reference order
     std::unordered_map<std::string, Ref> shared_;  // short scalars already written
 };
 

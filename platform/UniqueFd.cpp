@@ -12,7 +12,9 @@ UniqueFd& UniqueFd::operator=(UniqueFd&& other) noexcept {
     return *this;
 }
 
-UniqueFd::~UniqueFd() { reset(); }
+UniqueFd::~UniqueFd() {
+    reset();
+}
 
 void UniqueFd::reset(int fd) {
     if (fd_ >= 0) ::close(fd_);

@@ -30,7 +30,7 @@ std::string homeFolder() {
     if (!home.empty()) return home;
     long size = ::sysconf(_SC_GETPW_R_SIZE_MAX);
     std::vector<char> buffer(size > 0 ? static_cast<size_t>(size) : 16384);
-    struct passwd entry{};
+    struct passwd entry {};
     struct passwd* found = nullptr;
     if (::getpwuid_r(::getuid(), &entry, buffer.data(), buffer.size(), &found) == 0 && found &&
         found->pw_dir && found->pw_dir[0] == '/') {
@@ -39,10 +39,18 @@ std::string homeFolder() {
     return "/";
 }
 
-std::string cacheHome() { return xdgFolder("XDG_CACHE_HOME", ".cache"); }
-std::string stateHome() { return xdgFolder("XDG_STATE_HOME", ".local/state"); }
-std::string dataHome() { return xdgFolder("XDG_DATA_HOME", ".local/share"); }
-std::string configHome() { return xdgFolder("XDG_CONFIG_HOME", ".config"); }
+std::string cacheHome() {
+    return xdgFolder("XDG_CACHE_HOME", ".cache");
+}
+std::string stateHome() {
+    return xdgFolder("XDG_STATE_HOME", ".local/state");
+}
+std::string dataHome() {
+    return xdgFolder("XDG_DATA_HOME", ".local/share");
+}
+std::string configHome() {
+    return xdgFolder("XDG_CONFIG_HOME", ".config");
+}
 
 std::string temporaryFolder() {
     auto value = absoluteVariable("TMPDIR");

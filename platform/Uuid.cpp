@@ -13,7 +13,8 @@ std::string randomUuid() {
     std::array<uint8_t, 16> bytes{};
     if (RAND_bytes(bytes.data(), static_cast<int>(bytes.size())) != 1) {
         std::random_device device;
-        for (auto& byte : bytes) byte = static_cast<uint8_t>(device());
+        for (auto& byte : bytes)
+            byte = static_cast<uint8_t>(device());
     }
     bytes[6] = static_cast<uint8_t>((bytes[6] & 0x0f) | 0x40);
     bytes[8] = static_cast<uint8_t>((bytes[8] & 0x3f) | 0x80);

@@ -20,7 +20,7 @@ int64_t saturatingProduct(unsigned long long count, unsigned long long unit) {
 }  // namespace
 
 std::optional<VolumeCapacity> volumeCapacity(const std::string& path) {
-    struct statvfs info{};
+    struct statvfs info {};
     if (::statvfs(path.c_str(), &info) != 0) return std::nullopt;
     const unsigned long long unit = info.f_frsize ? info.f_frsize : info.f_bsize;
     VolumeCapacity capacity;

@@ -21,7 +21,8 @@ int64_t ClonedFileSpace::diskShare(const std::string& path, int64_t allocated, c
     if (allocated < queryFloor) return allocated;
     const auto shared = query(path);
     if (!shared || shared->cloneCount <= 1 || allocated <= shared->privateBytes) return allocated;
-    const int64_t perClone = (allocated - shared->privateBytes) / static_cast<int64_t>(shared->cloneCount);
+    const int64_t perClone =
+        (allocated - shared->privateBytes) / static_cast<int64_t>(shared->cloneCount);
     int64_t charged = 0;
     if (__builtin_add_overflow(shared->privateBytes, perClone, &charged)) std::abort();
     return charged;

@@ -23,28 +23,17 @@ struct NamedFlag {
 };
 
 constexpr NamedFlag namedFlags[] = {
-    {".codex", agentFlag},
-    {".claude", agentFlag},
-    {"docker", dockerFlag},
-    {"com.docker.docker", dockerFlag},
-    {"huggingface", modelsFlag},
-    {"models", modelsFlag},
-    {"mlx", modelsFlag},
-    {"node_modules", buildFlag},
-    {".next", buildFlag},
-    {"deriveddata", buildFlag},
-    {".build", buildFlag},
-    {"build", buildFlag},
-    {"pnpm", pnpmFlag},
-    {"store", storeFlag},
-    {".cache", cacheFlag},
-    {".npm", cacheFlag},
-    {".pnpm-store", cacheFlag},
-    {"caches", cacheFlag},
-    {"system", systemFlag},
-    {"private", systemFlag},
-    {"library", systemFlag},
-    {"applications", systemFlag},
+    {".codex", agentFlag},       {".claude", agentFlag},
+    {"docker", dockerFlag},      {"com.docker.docker", dockerFlag},
+    {"huggingface", modelsFlag}, {"models", modelsFlag},
+    {"mlx", modelsFlag},         {"node_modules", buildFlag},
+    {".next", buildFlag},        {"deriveddata", buildFlag},
+    {".build", buildFlag},       {"build", buildFlag},
+    {"pnpm", pnpmFlag},          {"store", storeFlag},
+    {".cache", cacheFlag},       {".npm", cacheFlag},
+    {".pnpm-store", cacheFlag},  {"caches", cacheFlag},
+    {"system", systemFlag},      {"private", systemFlag},
+    {"library", systemFlag},     {"applications", systemFlag},
 };
 
 constexpr size_t longestName = 17;  // "com.docker.docker"
@@ -53,26 +42,40 @@ constexpr size_t longestName = 17;  // "com.docker.docker"
 
 std::string_view title(DiskCategory category) {
     switch (category) {
-        case DiskCategory::agent: return "Agent history";
-        case DiskCategory::files: return "Your files";
-        case DiskCategory::build: return "Build output";
-        case DiskCategory::safe: return "Safe to clear";
-        case DiskCategory::system: return "System & apps";
-        case DiskCategory::docker: return "Docker";
-        case DiskCategory::models: return "AI models";
+        case DiskCategory::agent:
+            return "Agent history";
+        case DiskCategory::files:
+            return "Your files";
+        case DiskCategory::build:
+            return "Build output";
+        case DiskCategory::safe:
+            return "Safe to clear";
+        case DiskCategory::system:
+            return "System & apps";
+        case DiskCategory::docker:
+            return "Docker";
+        case DiskCategory::models:
+            return "AI models";
     }
     return "Your files";
 }
 
 std::string_view iconName(DiskCategory category) {
     switch (category) {
-        case DiskCategory::agent: return "clock.arrow.circlepath";
-        case DiskCategory::files: return "folder.fill";
-        case DiskCategory::build: return "hammer.fill";
-        case DiskCategory::safe: return "sparkles";
-        case DiskCategory::system: return "gearshape.2.fill";
-        case DiskCategory::docker: return "shippingbox.fill";
-        case DiskCategory::models: return "brain.head.profile";
+        case DiskCategory::agent:
+            return "clock.arrow.circlepath";
+        case DiskCategory::files:
+            return "folder.fill";
+        case DiskCategory::build:
+            return "hammer.fill";
+        case DiskCategory::safe:
+            return "sparkles";
+        case DiskCategory::system:
+            return "gearshape.2.fill";
+        case DiskCategory::docker:
+            return "shippingbox.fill";
+        case DiskCategory::models:
+            return "brain.head.profile";
     }
     return "folder.fill";
 }
@@ -113,7 +116,8 @@ DiskCategory categoryForFlags(CategoryFlags flags) {
 
 DiskCategory categoryFor(std::string_view path) {
     CategoryFlags flags = 0;
-    for (auto component : platform::pathComponents(path)) flags |= categoryFlags(component);
+    for (auto component : platform::pathComponents(path))
+        flags |= categoryFlags(component);
     return categoryForFlags(flags);
 }
 

@@ -16,7 +16,7 @@ namespace veldan {
 enum class DiskCategory : uint8_t { agent, files, build, safe, system, docker, models };
 
 inline constexpr DiskCategory allDiskCategories[] = {
-    DiskCategory::agent, DiskCategory::files,  DiskCategory::build, DiskCategory::safe,
+    DiskCategory::agent,  DiskCategory::files,  DiskCategory::build, DiskCategory::safe,
     DiskCategory::system, DiskCategory::docker, DiskCategory::models};
 
 // The raw value: the display title, also the text stored in caches and JSON.

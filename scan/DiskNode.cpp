@@ -75,7 +75,8 @@ std::map<DiskCategory, int64_t> DiskNode::categoryTotals() const {
         const DiskNode* node = stack.back();
         stack.pop_back();
         int64_t childBytes = 0;
-        for (const auto& child : node->children) childBytes = checkedAdd(childBytes, child.bytes);
+        for (const auto& child : node->children)
+            childBytes = checkedAdd(childBytes, child.bytes);
         const int64_t own = node->bytes > childBytes ? node->bytes - childBytes : 0;
         auto& total = totals[node->category];
         total = checkedAdd(total, own);

@@ -31,7 +31,8 @@ namespace {
 
 CategoryFlags pathFlags(const std::string& path) {
     CategoryFlags flags = 0;
-    for (auto component : platform::pathComponents(path)) flags |= categoryFlags(component);
+    for (auto component : platform::pathComponents(path))
+        flags |= categoryFlags(component);
     return flags;
 }
 
@@ -72,9 +73,11 @@ std::optional<std::string> DiskScanner::rootProblem(const std::string& path) {
             return "Nothing exists at " + path + "; choose a folder that exists.";
         }
         if (error == EACCES || error == EPERM) {
-            return "Veldan cannot reach " + path + " (access denied); choose a folder you can read.";
+            return "Veldan cannot reach " + path +
+                   " (access denied); choose a folder you can read.";
         }
-        return "Veldan cannot read " + path + " (" + std::strerror(error) + "); choose another folder.";
+        return "Veldan cannot read " + path + " (" + std::strerror(error) +
+               "); choose another folder.";
     }
     if (!status->isDirectory()) return path + " is not a folder; choose a folder to scan.";
     auto fd = platform::openDirectory(path, error);
@@ -82,7 +85,8 @@ std::optional<std::string> DiskScanner::rootProblem(const std::string& path) {
         if (error == EACCES || error == EPERM) {
             return "Veldan cannot read " + path + " (access denied); choose a folder you can read.";
         }
-        return "Veldan cannot open " + path + " (" + std::strerror(error) + "); choose another folder.";
+        return "Veldan cannot open " + path + " (" + std::strerror(error) +
+               "); choose another folder.";
     }
     return std::nullopt;
 }
@@ -168,7 +172,8 @@ std::optional<DiskScanner::Walk> DiskScanner::walk(
         }
     }
     if (workerCount > 0) work();
-    for (auto& worker : workers) worker.join();
+    for (auto& worker : workers)
+        worker.join();
     state.close();
     if (cancellation.cancelled()) return std::nullopt;
 
@@ -196,8 +201,10 @@ std::optional<ScanOutcome> DiskScanner::walkOutcome(
     snapshot.discoveredDirectories = std::move(walked->discovered);
     snapshot.discoveredDirectories[root] = snapshot.root.bytes;
     LargestFileCollector largest;
-    for (const auto& file : walked->largestFiles) largest.record(file.path, file.bytes);
-    for (const auto& file : carriedLargestFiles) largest.record(file.path, file.bytes);
+    for (const auto& file : walked->largestFiles)
+        largest.record(file.path, file.bytes);
+    for (const auto& file : carriedLargestFiles)
+        largest.record(file.path, file.bytes);
     snapshot.largestFiles = largest.files();
     snapshot.visitedFolderCount = walked->folders;
     snapshot.visitedFileCount = walked->files;

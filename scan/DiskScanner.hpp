@@ -59,10 +59,10 @@ public:
     // kept children are taken from `earlierLargestFiles`. A file hard-linked from a kept
     // child and from a measured one is charged in both, since the kept child's links
     // are not known without walking it again.
-    std::optional<ScanOutcome> scanRemainder(const DiskNode& partialRoot, const std::string& path,
-                                             const ScanCancellation& cancellation,
-                                             const ScanProgress& progress = {},
-                                             const std::vector<LargeFile>& earlierLargestFiles = {}) const;
+    std::optional<ScanOutcome> scanRemainder(
+        const DiskNode& partialRoot, const std::string& path, const ScanCancellation& cancellation,
+        const ScanProgress& progress = {},
+        const std::vector<LargeFile>& earlierLargestFiles = {}) const;
 
     // The devices a scan of `path` may enter: the resolved path's own, plus the home
     // folder's when the path is "/" (the data volume of the startup disk).
@@ -82,8 +82,7 @@ private:
                              const std::map<std::string, DiskNode>& reusable) const;
     std::optional<ScanOutcome> walkOutcome(const std::string& root,
                                            const ScanCancellation& cancellation,
-                                           const ScanProgress& progress,
-                                           const ScanPartial& partial,
+                                           const ScanProgress& progress, const ScanPartial& partial,
                                            const std::map<std::string, DiskNode>& reusable,
                                            const std::vector<LargeFile>& carriedLargestFiles) const;
 

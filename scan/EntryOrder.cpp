@@ -21,8 +21,8 @@ bool isUsersFolder(std::string_view folder, const std::string& home) {
 std::vector<std::string> EntryOrder::table(std::string_view folder, const std::string& home) {
     if (folder == "/") return {"Users", "Applications", "Library", "private", "System"};
     if (folder == home) {
-        return {"Documents", "Downloads", "Desktop", ".codex",    ".claude",
-                "Library",   "Movies",    "Pictures", "Music", ".cache"};
+        return {"Documents", "Downloads", "Desktop",  ".codex", ".claude",
+                "Library",   "Movies",    "Pictures", "Music",  ".cache"};
     }
     if (isUsersFolder(folder, home)) return {std::string(platform::lastPathComponent(home))};
     return {};

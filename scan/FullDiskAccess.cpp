@@ -17,7 +17,9 @@ namespace {
 constexpr const char* probes[] = {"Application Support/com.apple.TCC/TCC.db", "Safari/History.db",
                                   "Messages/chat.db", "Mail"};
 
-bool isPermissionError(int error) { return error == EACCES || error == EPERM; }
+bool isPermissionError(int error) {
+    return error == EACCES || error == EPERM;
+}
 
 // Opens the probe the way a reader would: folders for listing, files read-only.
 int tryOpen(const std::string& path, bool directory) {
@@ -35,7 +37,9 @@ int tryOpen(const std::string& path, bool directory) {
 
 }  // namespace
 
-FullDiskAccessState FullDiskAccess::check() { return check(platform::homeFolder()); }
+FullDiskAccessState FullDiskAccess::check() {
+    return check(platform::homeFolder());
+}
 
 FullDiskAccessState FullDiskAccess::check(const std::string& home) {
     const std::string library = platform::joinPath(home, "Library");

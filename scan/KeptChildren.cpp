@@ -18,7 +18,8 @@ std::vector<DiskNode> ordered(std::vector<DiskNode> children, bool anythingHidde
                               std::string_view parentPath, DiskCategory parentCategory) {
     if (anythingHidden) {
         std::set<std::string> shown;
-        for (const auto& child : children) shown.insert(child.path);
+        for (const auto& child : children)
+            shown.insert(child.path);
         children.push_back(DiskNode::summary(parentPath, hidden, std::move(shown), parentCategory));
     }
     std::sort(children.begin(), children.end(),

@@ -39,7 +39,7 @@ private:
     std::vector<DiskNode> kept_;
     int64_t hidden_ = 0;
     bool anythingHidden_ = false;  // a summary is due even when the hidden items hold 0 bytes
-    size_t smallest_ = 0;  // index of the smallest kept child, valid once the list is full
+    size_t smallest_ = 0;          // index of the smallest kept child, valid once the list is full
 };
 
 }  // namespace veldan

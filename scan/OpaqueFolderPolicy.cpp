@@ -67,12 +67,18 @@ bool existsAsFile(const std::optional<platform::FileStatus>& status) {
 
 std::string_view OpaqueFolderPolicy::label(Kind kind) {
     switch (kind) {
-        case Kind::dependencies: return "Dependencies, measured together";
-        case Kind::buildOutput: return "Build output, measured together";
-        case Kind::environment: return "Environment, measured together";
-        case Kind::pythonCache: return "Python cache, measured together";
-        case Kind::packageCache: return "Package cache, measured together";
-        case Kind::versionHistory: return "Version history, measured together";
+        case Kind::dependencies:
+            return "Dependencies, measured together";
+        case Kind::buildOutput:
+            return "Build output, measured together";
+        case Kind::environment:
+            return "Environment, measured together";
+        case Kind::pythonCache:
+            return "Python cache, measured together";
+        case Kind::packageCache:
+            return "Package cache, measured together";
+        case Kind::versionHistory:
+            return "Version history, measured together";
     }
     return {};
 }
@@ -100,8 +106,8 @@ std::optional<OpaqueFolderPolicy::Kind> OpaqueFolderPolicy::kindAt(int parentFd,
                                                                    const std::string& home) {
     return classify(name, path, home, [&](const char* relative) {
         int error = 0;
-        return existsAsFile(platform::statAt(parentFd, relative, true, error,
-                                             platform::StatDetail::sizes));
+        return existsAsFile(
+            platform::statAt(parentFd, relative, true, error, platform::StatDetail::sizes));
     });
 }
 

@@ -11,7 +11,14 @@ namespace veldan {
 
 class OpaqueFolderPolicy {
 public:
-    enum class Kind { dependencies, buildOutput, environment, pythonCache, packageCache, versionHistory };
+    enum class Kind {
+        dependencies,
+        buildOutput,
+        environment,
+        pythonCache,
+        packageCache,
+        versionHistory
+    };
 
     static std::string_view label(Kind kind);
     static std::string_view explanation(Kind kind);

@@ -22,8 +22,8 @@ int64_t saturatingSum(const std::vector<int64_t>& values) {
 
 }  // namespace
 
-ParallelRootState::ParallelRootState(std::string rootPath, size_t childCount,
-                                     ScanProgress progress, ScanPartial partial)
+ParallelRootState::ParallelRootState(std::string rootPath, size_t childCount, ScanProgress progress,
+                                     ScanPartial partial)
     : rootPath_(std::move(rootPath)),
       category_(categoryFor(rootPath_)),
       childCount_(childCount),
@@ -36,7 +36,9 @@ ParallelRootState::ParallelRootState(std::string rootPath, size_t childCount,
     }
 }
 
-ParallelRootState::~ParallelRootState() { close(); }
+ParallelRootState::~ParallelRootState() {
+    close();
+}
 
 std::optional<size_t> ParallelRootState::takeNext() {
     std::lock_guard lock(mutex_);

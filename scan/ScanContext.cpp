@@ -9,12 +9,17 @@ namespace {
 constexpr std::string_view startupAliases[] = {"/.nofollow", "/.resolve", "/System/Volumes",
                                                "/Volumes"};
 
-constexpr std::string_view recommendationSuffixes[] = {
-    "/Library/pnpm/store", "/.local/share/pnpm/store", "/.npm/_cacache",
-    "/.cache/uv",          "/Library/Caches/ms-playwright",
-    "/go/pkg/mod",         "/.codex",
-    "/.claude",            "/Library/Containers/com.docker.docker",
-    "/.cache/huggingface", "/Library/Caches"};
+constexpr std::string_view recommendationSuffixes[] = {"/Library/pnpm/store",
+                                                       "/.local/share/pnpm/store",
+                                                       "/.npm/_cacache",
+                                                       "/.cache/uv",
+                                                       "/Library/Caches/ms-playwright",
+                                                       "/go/pkg/mod",
+                                                       "/.codex",
+                                                       "/.claude",
+                                                       "/Library/Containers/com.docker.docker",
+                                                       "/.cache/huggingface",
+                                                       "/Library/Caches"};
 
 }  // namespace
 
@@ -24,13 +29,15 @@ ScanContext::ScanContext(std::string rootPath, ScanSettings settings,
       settings_(std::move(settings)),
       allowedDevices_(std::move(allowedDevices)),
       cancellation_(cancellation) {
-    for (auto& path : recommendationPaths(settings_.home)) recommendationPaths_.insert(path);
+    for (auto& path : recommendationPaths(settings_.home))
+        recommendationPaths_.insert(path);
 }
 
 std::vector<std::string> ScanContext::recommendationPaths(const std::string& home) {
     std::vector<std::string> paths;
     const std::string base = home == "/" ? std::string() : home;
-    for (auto suffix : recommendationSuffixes) paths.push_back(base + std::string(suffix));
+    for (auto suffix : recommendationSuffixes)
+        paths.push_back(base + std::string(suffix));
     return paths;
 }
 

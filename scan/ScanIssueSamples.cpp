@@ -22,8 +22,8 @@ void ScanIssueSamples::add(const std::string& path, std::string_view reason,
         return;
     }
     if (!isActionable(reason)) return;
-    const bool alreadyShown = std::any_of(reasons.begin(), reasons.end(),
-                                          [&](const auto& entry) { return entry.second == reason; });
+    const bool alreadyShown = std::any_of(
+        reasons.begin(), reasons.end(), [&](const auto& entry) { return entry.second == reason; });
     if (alreadyShown) return;
     const auto evicted = std::find_if(paths.begin(), paths.end(), [&](const std::string& sampled) {
         auto found = reasons.find(sampled);

@@ -33,8 +33,8 @@ std::string SizeText::string(int64_t bytes, bool compact) {
 
 std::string SizeText::share(int64_t part, int64_t total) {
     if (total < 1 || part < 1) return "0%";
-    const double percent =
-        static_cast<double>(static_cast<uint64_t>(part)) / static_cast<double>(static_cast<uint64_t>(total)) * 100.0;
+    const double percent = static_cast<double>(static_cast<uint64_t>(part)) /
+                           static_cast<double>(static_cast<uint64_t>(total)) * 100.0;
     if (percent < 1) return "<1%";
     return std::to_string(static_cast<long long>(std::lround(std::min(percent, 100.0)))) + "%";
 }

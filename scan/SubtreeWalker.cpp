@@ -61,7 +61,8 @@ ParallelChildResult SubtreeWalker::measure(int parentFd, const std::string& pare
         holder.flags = parentFlags;
         measureFile(holder, entry.name.c_str(), entry.name.size(), entry.status);
         auto children = std::move(holder.children).finish(path_, DiskCategory::files);
-        if (!children.empty() && !children.front().isSummary) result.node = std::move(children.front());
+        if (!children.empty() && !children.front().isSummary)
+            result.node = std::move(children.front());
         result.bytes = holder.bytes;
         result.files = files_;
         return result;
@@ -164,8 +165,8 @@ void SubtreeWalker::list(Frame& frame) {
             return;
         }
         int error = 0;
-        auto status = platform::statAt(frame.fd.get(), entry.name, false, error,
-                                       platform::StatDetail::sizes);
+        auto status =
+            platform::statAt(frame.fd.get(), entry.name, false, error, platform::StatDetail::sizes);
         if (!status) {
             context_.issues().record(childPath(entry.name, entry.length),
                                      ScanIssueReason::forErrno(error));
@@ -183,8 +184,8 @@ void SubtreeWalker::list(Frame& frame) {
     }
     if (frame.role == Role::mapped &&
         EntryOrder::hasPriorityTable(path_, context_.settings().home)) {
-        frame.pending = EntryOrder::prioritized(path_, std::move(frame.pending),
-                                                context_.settings().home);
+        frame.pending =
+            EntryOrder::prioritized(path_, std::move(frame.pending), context_.settings().home);
     }
 }
 

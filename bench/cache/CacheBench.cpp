@@ -34,7 +34,7 @@ using namespace veldan;
 
 // A temporary folder of bench data, removed at exit.
 class Workspace {
-  public:
+public:
     Workspace() {
         std::string pattern = platform::temporaryFolder() + "/veldan-cache-bench-XXXXXX";
         if (!::mkdtemp(pattern.data())) throw std::runtime_error("mkdtemp failed");
@@ -46,7 +46,7 @@ class Workspace {
     }
     const std::string& path() const { return path_; }
 
-  private:
+private:
     std::string path_;
 };
 

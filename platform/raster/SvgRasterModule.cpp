@@ -21,14 +21,14 @@ namespace {
 
 // Text needs Qt's font database, which only exists with a GUI application object.
 class HeadlessApplication {
-  public:
+public:
     HeadlessApplication() {
         if (QCoreApplication::instance() == nullptr) {
             application_ = std::make_unique<QGuiApplication>(argc_, argv_);
         }
     }
 
-  private:
+private:
     int argc_ = 3;
     char name_[7] = "veldan";
     char option_[10] = "-platform";
@@ -40,13 +40,13 @@ class HeadlessApplication {
 // Qt reports environment details (a missing runtime folder, unknown SVG properties) that
 // say nothing about the picture; they must not reach the command's error stream.
 class QuietMessages {
-  public:
+public:
     QuietMessages() : previous_(qInstallMessageHandler(&drop)) {}
     ~QuietMessages() { qInstallMessageHandler(previous_); }
     QuietMessages(const QuietMessages&) = delete;
     QuietMessages& operator=(const QuietMessages&) = delete;
 
-  private:
+private:
     static void drop(QtMsgType, const QMessageLogContext&, const QString&) {}
     QtMessageHandler previous_;
 };

@@ -20,7 +20,7 @@ using test::ProcessResult;
 using test::TempDir;
 
 class SavedMapCommandTest : public ::testing::Test {
-  protected:
+protected:
     SavedMapCommandTest() {
         test::makeFolders(scope + "/photos/2024");
         test::makeFolders(scope + "/code");

@@ -29,7 +29,7 @@ using test::IsolatedHome;
 using test::TempDir;
 
 class ScanCacheTest : public ::testing::Test {
-  protected:
+protected:
     ScanCacheTest() { test::makeFolders(scope); }
 
     std::string file() const { return cache.fileFor(scope); }

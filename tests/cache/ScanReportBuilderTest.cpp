@@ -38,7 +38,7 @@ Recommendation recommendation(RecommendationKind kind, std::string title, int64_
 }
 
 class ScanReportBuilderTest : public ::testing::Test {
-  protected:
+protected:
     ScanReportBuilderTest() {
         environment.set("TZ", "UTC");
         ::tzset();

@@ -18,7 +18,7 @@ using test::IsolatedHome;
 using test::TempDir;
 
 class ScanSessionCacheTest : public ::testing::Test {
-  protected:
+protected:
     ScanSessionCacheTest() {
         test::makeFolders(root + "/src/deep");
         test::makeFolders(root + "/docs");

@@ -32,9 +32,10 @@ for child in d["root"]["children"]:
 
 TEST(ScanCommand, JsonHasTheSnapshotKeysAndEveryNameSurvivesByteForByte) {
     test::TempDir dir;
-    const std::vector<std::string> names = {"plain", "quote\"and\\back", "new\nline", "bad\xff\xfe",
-                                            "\xc3\xa9t\xc3\xa9", "ctl\x01"};
-    for (size_t i = 0; i < names.size(); ++i) test::writeFileOfSize(dir / names[i], 4096 * (i + 1));
+    const std::vector<std::string> names = {"plain",       "quote\"and\\back",  "new\nline",
+                                            "bad\xff\xfe", "\xc3\xa9t\xc3\xa9", "ctl\x01"};
+    for (size_t i = 0; i < names.size(); ++i)
+        test::writeFileOfSize(dir / names[i], 4096 * (i + 1));
     auto scan = veldan({"scan", "--json", dir.path()});
     ASSERT_EQ(scan.exitCode, 0) << scan.err;
     EXPECT_TRUE(scan.err.empty()) << "no progress without a terminal";
@@ -51,9 +52,11 @@ TEST(ScanCommand, JsonHasTheSnapshotKeysAndEveryNameSurvivesByteForByte) {
               "unreadableItems,unreadablePaths,skippedPhotosLibraries,skippedMusicLibraries,"
               "finishedAt");
     std::getline(lines, line);
-    EXPECT_EQ(line, "path,name,bytes,category,children,isDirectory,isSummary,isPartial,excludedPaths");
+    EXPECT_EQ(line,
+              "path,name,bytes,category,children,isDirectory,isSummary,isPartial,excludedPaths");
     std::set<std::string> seen;
-    while (std::getline(lines, line)) seen.insert(line);
+    while (std::getline(lines, line))
+        seen.insert(line);
     for (const auto& name : names) {
         static constexpr char hex[] = "0123456789abcdef";
         std::string encoded;
@@ -120,16 +123,19 @@ TEST(ScanCommand, UnreadableFoldersAreReportedAsAccessDeniedAndTheRestIsMeasured
     ASSERT_EQ(::chmod((dir / "closed").c_str(), 0700), 0);
     test::ProcessOptions options;
     options.workingFolder = "/";
-    auto scan = test::runProcess(test::asNobody({test::veldanBinary(), "scan", "--json", dir.path()}), options);
+    auto scan = test::runProcess(
+        test::asNobody({test::veldanBinary(), "scan", "--json", dir.path()}), options);
     ASSERT_EQ(scan.exitCode, 0) << scan.err;
     const auto json = nlohmann::json::parse(scan.out);
     EXPECT_EQ(json["unreadableItems"], 1);
     EXPECT_EQ(json["unreadableReasons"][dir / "closed"], "Access denied");
     EXPECT_EQ(json["root"]["bytes"], test::allocatedBytes(dir / "open/readable"));
 
-    auto text = test::runProcess(test::asNobody({test::veldanBinary(), "scan", dir.path()}), options);
+    auto text =
+        test::runProcess(test::asNobody({test::veldanBinary(), "scan", dir.path()}), options);
     EXPECT_NE(text.out.find("Could not read 1 item"), std::string::npos) << text.out;
-    EXPECT_NE(text.out.find(dir / "closed" + " \u2014 Access denied"), std::string::npos) << text.out;
+    EXPECT_NE(text.out.find(dir / "closed" + " \u2014 Access denied"), std::string::npos)
+        << text.out;
 }
 
 TEST(ScanCommand, TheSameFolderReachedTwiceThroughABindMountIsCountedOnce) {
@@ -154,10 +160,12 @@ TEST(ScanCommand, CtrlCStopsTheScanWithStatus130AndProgressShowsOnATerminal) {
     for (int folder = 0; folder < 40; ++folder) {
         const std::string path = dir / ("f" + std::to_string(folder));
         test::makeFolders(path);
-        for (int i = 0; i < 1500; ++i) test::writeFile(path + "/" + std::to_string(i), "");
+        for (int i = 0; i < 1500; ++i)
+            test::writeFile(path + "/" + std::to_string(i), "");
     }
     test::ProcessOptions options;
-    auto stopped = test::runInTerminal({test::veldanBinary(), "scan", dir.path()}, options, "Scanning");
+    auto stopped =
+        test::runInTerminal({test::veldanBinary(), "scan", dir.path()}, options, "Scanning");
     EXPECT_EQ(stopped.exitCode, 130) << stopped.out;
     EXPECT_NE(stopped.out.find("Scan stopped"), std::string::npos) << stopped.out;
 

@@ -24,7 +24,7 @@ DuplicateGroup named(std::string id, std::vector<DuplicateFile> files) {
 }
 
 class DuplicateGroupFilterCacheTest : public ::testing::Test {
-  protected:
+protected:
     DuplicateGroupFilterCacheTest() {
         result_.revision = "first";
         result_.groups = {

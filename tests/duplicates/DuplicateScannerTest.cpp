@@ -30,7 +30,7 @@ using Groups = std::vector<std::vector<std::string>>;
 constexpr int64_t megabyte = 1'000'000;
 
 class DuplicateScannerTest : public ::testing::Test {
-  protected:
+protected:
     std::optional<DuplicateScanResult> scan(const DuplicateScanProgress& progress = {}) {
         return DuplicateScanner().scan(dir_.path(), cancellation_, progress);
     }

@@ -12,7 +12,7 @@ using test::fileRecord;
 using test::groupOf;
 
 class DuplicateSelectionTest : public ::testing::Test {
-  protected:
+protected:
     std::string in(const std::string& relative) const { return home_ / relative; }
     std::optional<std::string> reason(const std::string& path) const {
         return DuplicateSelection::finderOnlyReason(fileRecord(path), scope_);

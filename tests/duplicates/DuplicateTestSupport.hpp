@@ -23,13 +23,13 @@ std::vector<std::vector<std::string>> groupPaths(const DuplicateScanResult& resu
 
 // Records every progress report of a search; thread-safe.
 class ProgressRecorder {
-  public:
+public:
     using Report = std::tuple<DuplicateScanPhase, int64_t, int64_t>;
     DuplicateScanProgress callback();
     std::vector<Report> reports() const;
     bool saw(DuplicateScanPhase phase) const;
 
-  private:
+private:
     mutable std::mutex lock_;
     std::vector<Report> reports_;
 };

@@ -20,7 +20,7 @@ constexpr int64_t size = 1'500'000;
 constexpr const char* keepOneCopy = "Keep at least one copy in this group.";
 
 class DuplicateTrashExecutorTest : public ::testing::Test {
-  protected:
+protected:
     std::string path(const std::string& relative) const { return dir_ / relative; }
     void write(const std::string& relative, unsigned seed = 1) {
         const std::string full = path(relative);

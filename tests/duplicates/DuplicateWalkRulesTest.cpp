@@ -32,7 +32,7 @@ uint64_t deviceOf(const std::string& path) {
 }
 
 class DuplicateWalkRulesTest : public ::testing::Test {
-  protected:
+protected:
     test::IsolatedHome home_;
     uint64_t homeDevice_ = deviceOf(home_.home());
     // Stands for a startup disk other than the one holding the home folder.

@@ -18,7 +18,7 @@ namespace {
 constexpr int64_t size = 3'000'000;
 
 class DuplicatesCommandTest : public ::testing::Test {
-  protected:
+protected:
     std::string path(const std::string& relative) const { return dir_ / relative; }
     void write(const std::string& relative, unsigned seed = 1, int64_t bytes = size) {
         const std::string full = path(relative);

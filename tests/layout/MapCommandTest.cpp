@@ -47,7 +47,7 @@ assert top == sys.argv[4:], top
 )";
 
 class MapCommand : public ::testing::Test {
-  protected:
+protected:
     void SetUp() override {
         // Sizes decide the order: big, then middle (with nested files), then small.
         test::makeFolders(dir / "tree/big");

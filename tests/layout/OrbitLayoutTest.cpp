@@ -62,7 +62,7 @@ TEST(OrbitItems, EndsNeverPassAFullTurnWhileStartsKeepTheirTrueShares) {
 
 // A view of side 216: centre 108, outer radius 100, inner radius 52.
 class OrbitHitTest : public ::testing::Test {
-  protected:
+protected:
     static constexpr double diameter = 216;
     static constexpr double c = 108;
     DiskNode folder = folderOfFiles("/m", {1, 3});  // [0, 0.25) and [0.25, 1]

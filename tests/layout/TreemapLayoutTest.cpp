@@ -95,7 +95,7 @@ TEST(TreemapFrames, SlotsOfSixPointsOrLessDrawNothing) {
 }
 
 class TreemapNesting : public ::testing::Test {
-  protected:
+protected:
     // One folder holding one subfolder holding one file: every level fills its slot.
     DiskNode chain = folderNode("/m", {folderNode("/m/a", {fileNode("/m/a/b", 100)})});
 };

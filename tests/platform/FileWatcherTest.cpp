@@ -31,7 +31,7 @@ struct Deliveries {
 };
 
 class FileWatcherTest : public ::testing::Test {
-  protected:
+protected:
     FileWatcherTest() {
         test::makeFolders(dir / "tree/a/b/c");
         test::makeFolders(dir / "tree/d");

@@ -16,7 +16,7 @@ TEST(LocaleFormat, GroupsDigitsTheWayTheLocaleDoes) {
 }
 
 class LocalTime : public ::testing::Test {
-  protected:
+protected:
     void SetUp() override {
         environment_.set("TZ", "UTC");
         ::tzset();

@@ -26,7 +26,7 @@ bool insideNamespace() {
 
 // A fresh tmpfs for one test; only ever mounted inside the private namespace.
 class Volume {
-  public:
+public:
     explicit Volume(const char* options = "size=16m,mode=755") {
         if (::mount("tmpfs", dir_.path().c_str(), "tmpfs", 0, options) != 0) {
             throw std::runtime_error("mount tmpfs failed");
@@ -41,7 +41,7 @@ class Volume {
         }
     }
 
-  private:
+private:
     test::TempDir dir_;
 };
 

@@ -16,7 +16,7 @@ namespace {
 
 // A project with a verified .next folder, an unverified one and dependencies.
 class Command : public ::testing::Test {
-  protected:
+protected:
     test::IsolatedHome home;
     test::TempDir dir;
 

@@ -25,7 +25,8 @@ DiskNode file(const std::string& name, int64_t bytes) {
 TEST(KeptChildren, EighteenEqualFilesKeepTheSeventeenSmallestPathsAndOneOther) {
     KeptChildren kept;
     // Offered in reverse name order so the rule, not the arrival order, decides.
-    for (int i = 17; i >= 0; --i) kept.keepLargest(file("f" + std::string(1, char('a' + i)), 10));
+    for (int i = 17; i >= 0; --i)
+        kept.keepLargest(file("f" + std::string(1, char('a' + i)), 10));
     auto children = std::move(kept).finish("/f", DiskCategory::files);
     ASSERT_EQ(children.size(), 18u);
     // The summary sorts like any child: equal bytes, and "/f/__other" < "/f/fa".
@@ -35,12 +36,14 @@ TEST(KeptChildren, EighteenEqualFilesKeepTheSeventeenSmallestPathsAndOneOther) {
     EXPECT_EQ(other.path, "/f/__other");
     EXPECT_EQ(other.excludedPaths.size(), 17u);
     EXPECT_EQ(other.excludedPaths.count("/f/fr"), 0u);  // the 18th is inside Other
-    for (int i = 0; i < 17; ++i) EXPECT_EQ(children[i + 1].name, "f" + std::string(1, char('a' + i)));
+    for (int i = 0; i < 17; ++i)
+        EXPECT_EQ(children[i + 1].name, "f" + std::string(1, char('a' + i)));
 }
 
 TEST(KeptChildren, LargerNodesDisplaceTheSmallestAndSummaryTakesItsOrderedPlace) {
     KeptChildren kept;
-    for (int i = 0; i < 17; ++i) kept.keepLargest(file("s" + std::to_string(100 + i), 1));
+    for (int i = 0; i < 17; ++i)
+        kept.keepLargest(file("s" + std::to_string(100 + i), 1));
     EXPECT_FALSE(kept.wouldKeep(1, "zzz"));
     EXPECT_TRUE(kept.wouldKeep(1, "a"));  // equal bytes, smaller path
     EXPECT_TRUE(kept.wouldKeep(2, "zzz"));
@@ -55,7 +58,8 @@ TEST(KeptChildren, LargerNodesDisplaceTheSmallestAndSummaryTakesItsOrderedPlace)
 
 TEST(KeptChildren, HiddenEmptyItemsStillGetASummary) {
     KeptChildren kept;
-    for (int i = 0; i < 18; ++i) kept.keepLargest(file("e" + std::to_string(10 + i), 0));
+    for (int i = 0; i < 18; ++i)
+        kept.keepLargest(file("e" + std::to_string(10 + i), 0));
     auto children = std::move(kept).finish("/f", DiskCategory::files);
     ASSERT_EQ(children.size(), 18u);
     EXPECT_TRUE(std::any_of(children.begin(), children.end(),
@@ -67,7 +71,8 @@ TEST(LargestFileCollector, KeepsTwentyFromOneHundredMegabytesOrderedByBytesThenP
     collector.record("/a/just-below", 99'999'999);
     collector.record("/a/threshold", 100'000'000);
     EXPECT_EQ(collector.files(), (std::vector<LargeFile>{{"/a/threshold", 100'000'000}}));
-    for (int i = 0; i < 25; ++i) collector.record("/b/" + std::to_string(10 + i), 200'000'000 + i);
+    for (int i = 0; i < 25; ++i)
+        collector.record("/b/" + std::to_string(10 + i), 200'000'000 + i);
     collector.record("/b/tie-a", 200'000'024);
     auto files = collector.files();
     ASSERT_EQ(files.size(), 20u);
@@ -90,10 +95,10 @@ TEST(ScanIssueSamples, KeepsTheFirstTwentyAndMakesRoomForEachActionableReason) {
     EXPECT_EQ(totals.paths.front(), "/x/0");
     EXPECT_EQ(totals.paths.back(), "/x/19");
 
-    collector.record("/denied/1", ScanIssueReason::accessDenied);   // evicts /x/0
-    collector.record("/denied/2", ScanIssueReason::accessDenied);   // reason already shown
+    collector.record("/denied/1", ScanIssueReason::accessDenied);     // evicts /x/0
+    collector.record("/denied/2", ScanIssueReason::accessDenied);     // reason already shown
     collector.recordSkippedPhotosLibrary("/p/Photos.photoslibrary");  // evicts /x/1
-    collector.record("/x/5", ScanIssueReason::accessDenied);        // already sampled
+    collector.record("/x/5", ScanIssueReason::accessDenied);          // already sampled
     totals = collector.totals();
     EXPECT_EQ(totals.count, 24);  // skipped libraries are counted apart
     EXPECT_EQ(totals.skippedPhotosLibraries, 1);
@@ -112,7 +117,8 @@ TEST(ScanIssueSamples, AFullSampleOfActionableReasonsAdmitsNothingMore) {
     std::vector<std::string> paths;
     std::map<std::string, std::string> reasons;
     for (int i = 0; i < 20; ++i) {
-        ScanIssueSamples::add("/d/" + std::to_string(i), ScanIssueReason::accessDenied, paths, reasons);
+        ScanIssueSamples::add("/d/" + std::to_string(i), ScanIssueReason::accessDenied, paths,
+                              reasons);
     }
     ScanIssueSamples::add("/m/lib", ScanIssueReason::mediaAccessRequired, paths, reasons);
     EXPECT_EQ(paths.size(), 20u);

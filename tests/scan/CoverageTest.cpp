@@ -51,7 +51,8 @@ TEST(OpaqueFolderPolicy, FixedNamesAndHomePaths) {
     EXPECT_EQ(OpaqueFolderPolicy::kind("/x/__pycache__", home), Kind::pythonCache);
     EXPECT_EQ(OpaqueFolderPolicy::kind("/x/.git", home), Kind::versionHistory);
     EXPECT_EQ(OpaqueFolderPolicy::kind("/home/me/.cache/uv", home), Kind::packageCache);
-    EXPECT_EQ(OpaqueFolderPolicy::kind("/home/me/.local/share/pnpm/store", home), Kind::packageCache);
+    EXPECT_EQ(OpaqueFolderPolicy::kind("/home/me/.local/share/pnpm/store", home),
+              Kind::packageCache);
     EXPECT_EQ(OpaqueFolderPolicy::kind("/home/me/go/pkg/mod", home), Kind::packageCache);
     EXPECT_EQ(OpaqueFolderPolicy::kind("/elsewhere/.cache/uv", home), std::nullopt);
     EXPECT_EQ(OpaqueFolderPolicy::kind("/home/me/Library/Developer/Xcode/DerivedData", home),

@@ -38,7 +38,8 @@ TEST(DiskScanner, RootTotalMatchesAnIndependentWalkToTheByte) {
 
 TEST(DiskScanner, EighteenEqualFilesKeepSeventeenAndAnOtherSummary) {
     test::TempDir dir;
-    for (int i = 0; i < 18; ++i) test::writeFileOfSize(dir / ("f" + std::to_string(10 + i)), 8192);
+    for (int i = 0; i < 18; ++i)
+        test::writeFileOfSize(dir / ("f" + std::to_string(10 + i)), 8192);
     const auto snapshot = scanned(dir.path());
     const auto& children = snapshot.root.children;
     ASSERT_EQ(children.size(), 18u);
@@ -132,7 +133,7 @@ TEST(DiskScanner, TreesDeeperThanPathMaxAreMeasuredRelativeToFolders) {
     const int file = ::openat(fd, "bottom", O_WRONLY | O_CREAT, 0644);
     const std::string data(20'000, 'x');
     ASSERT_EQ(::write(file, data.data(), data.size()), static_cast<ssize_t>(data.size()));
-    struct stat status{};
+    struct stat status {};
     ::fstat(file, &status);
     ::close(file);
     ::close(fd);
@@ -145,9 +146,10 @@ TEST(DiskScanner, TreesDeeperThanPathMaxAreMeasuredRelativeToFolders) {
 
 TEST(DiskScanner, HostileNamesKeepTheirExactBytes) {
     test::TempDir dir;
-    const std::vector<std::string> names = {"it's \"quoted\"", "line\nbreak", "bad\xff\xfe utf8",
-                                            "-rf", "$(touch pwned)", "tab\there"};
-    for (const auto& name : names) test::writeFileOfSize(dir / name, 5000);
+    const std::vector<std::string> names = {
+        "it's \"quoted\"", "line\nbreak", "bad\xff\xfe utf8", "-rf", "$(touch pwned)", "tab\there"};
+    for (const auto& name : names)
+        test::writeFileOfSize(dir / name, 5000);
     test::makeFolders(dir / "dir\nwith\x80newline");
     test::writeFileOfSize(dir / "dir\nwith\x80newline/inside", 5000);
     const auto snapshot = scanned(dir.path());
@@ -190,7 +192,8 @@ TEST(DiskScanner, LargestFilesListsFilesOfAHundredMegabytesOrMore) {
     test::makeFolders(dir / "x");
     for (const char* name : {"x/big", "small"}) {
         const int fd = ::open((dir / name).c_str(), O_WRONLY | O_CREAT, 0644);
-        ASSERT_EQ(::posix_fallocate(fd, 0, std::string(name) == "small" ? 50'000'000 : 120'000'000), 0);
+        ASSERT_EQ(::posix_fallocate(fd, 0, std::string(name) == "small" ? 50'000'000 : 120'000'000),
+                  0);
         ::close(fd);
     }
     const auto snapshot = scanned(dir.path());
@@ -204,7 +207,8 @@ TEST(DiskScanner, OnlyTheMappedPartOffersLargestFiles) {
     const std::string deep = dir / "1/2/3/4/5/6/7";
     test::makeFolders(deep);
     test::makeFolders(dir / "p/node_modules");
-    for (const std::string& path : {deep + "/deep-big", dir / "p/node_modules/opaque-big", dir / "1/shallow-big"}) {
+    for (const std::string& path :
+         {deep + "/deep-big", dir / "p/node_modules/opaque-big", dir / "1/shallow-big"}) {
         const int fd = ::open(path.c_str(), O_WRONLY | O_CREAT, 0644);
         ASSERT_EQ(::posix_fallocate(fd, 0, 110'000'000), 0);
         ::close(fd);
@@ -227,10 +231,12 @@ TEST(DiskScanner, UnauthorisedMediaLibrariesAreMeasuredWholeAndCountedAtAnyDepth
     const auto snapshot = scanned(dir.path(), settings);
     EXPECT_EQ(snapshot.skippedPhotosLibraries, 2);
     EXPECT_EQ(snapshot.skippedMusicLibraries, 0);
-    const DiskNode* library = findNode(snapshot.root, dir / "Pictures/Photos Library.photoslibrary");
+    const DiskNode* library =
+        findNode(snapshot.root, dir / "Pictures/Photos Library.photoslibrary");
     ASSERT_NE(library, nullptr);
     EXPECT_TRUE(library->children.empty());
-    EXPECT_EQ(library->bytes, test::allocatedBytes(dir / "Pictures/Photos Library.photoslibrary/originals/a.heic"));
+    EXPECT_EQ(library->bytes,
+              test::allocatedBytes(dir / "Pictures/Photos Library.photoslibrary/originals/a.heic"));
     ASSERT_TRUE(snapshot.unreadableReasons.has_value());
     EXPECT_EQ(snapshot.unreadableReasons->at(dir / "Pictures/Photos Library.photoslibrary"),
               "Photos access is required");
@@ -241,19 +247,22 @@ TEST(DiskScanner, UnauthorisedMediaLibrariesAreMeasuredWholeAndCountedAtAnyDepth
 TEST(DiskScanner, FilesVanishingMidScanAreRecordedAndTheScanCompletes) {
     test::TempDir dir;
     const int count = 20'000;
-    for (int i = 0; i < count; ++i) test::writeFile(dir / ("v" + std::to_string(i)), "");
+    for (int i = 0; i < count; ++i)
+        test::writeFile(dir / ("v" + std::to_string(i)), "");
     // Several attempts: a deletion has to land between a listing and its status call.
     bool sawVanished = false;
     for (int attempt = 0; attempt < 5 && !sawVanished; ++attempt) {
         std::atomic<bool> stop{false};
         std::thread remover([&] {
-            for (int i = count - 1; i >= 0 && !stop; --i) ::unlink((dir / ("v" + std::to_string(i))).c_str());
+            for (int i = count - 1; i >= 0 && !stop; --i)
+                ::unlink((dir / ("v" + std::to_string(i))).c_str());
         });
         const auto snapshot = scanned(dir.path());
         stop = true;
         remover.join();
         if (snapshot.unreadablePaths.empty()) {
-            for (int i = 0; i < count; ++i) test::writeFile(dir / ("v" + std::to_string(i)), "");
+            for (int i = 0; i < count; ++i)
+                test::writeFile(dir / ("v" + std::to_string(i)), "");
             continue;
         }
         sawVanished = true;
@@ -277,8 +286,9 @@ TEST(DiskScanner, CancellationReturnsNothing) {
     EXPECT_FALSE(DiskScanner().scan(dir.path(), cancelled).has_value());
 
     ScanCancellation cancellation;
-    auto outcome = DiskScanner().scan(
-        dir.path(), cancellation, [&](const std::string&, int64_t, int64_t) { cancellation.cancel(); });
+    auto outcome =
+        DiskScanner().scan(dir.path(), cancellation,
+                           [&](const std::string&, int64_t, int64_t) { cancellation.cancel(); });
     EXPECT_FALSE(outcome.has_value());
 }
 
@@ -287,7 +297,8 @@ TEST(DiskScanner, PartialRootsArriveMarkedPartialWhileTheScanRuns) {
     for (int top = 0; top < 6; ++top) {
         test::makeFolders(dir / ("t" + std::to_string(top)));
         for (int i = 0; i < 300; ++i) {
-            test::writeFileOfSize(dir / ("t" + std::to_string(top) + "/f" + std::to_string(i)), 4096);
+            test::writeFileOfSize(dir / ("t" + std::to_string(top) + "/f" + std::to_string(i)),
+                                  4096);
         }
     }
     ScanCancellation cancellation;
@@ -297,7 +308,9 @@ TEST(DiskScanner, PartialRootsArriveMarkedPartialWhileTheScanRuns) {
     // A slow progress receiver stretches the scan past the partial interval.
     auto outcome = DiskScanner().scan(
         dir.path(), cancellation,
-        [&](const std::string&, int64_t, int64_t) { std::this_thread::sleep_for(std::chrono::milliseconds(150)); },
+        [&](const std::string&, int64_t, int64_t) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(150));
+        },
         [&](const DiskNode& root) {
             ++partials;
             if (returned || !root.isPartial || root.path != dir.path()) ++badPartials;
@@ -314,7 +327,8 @@ TEST(DiskScanner, SubtreeAndRemainderUseTheSameWalk) {
     for (int top = 0; top < 4; ++top) {
         const std::string folder = dir / ("top" + std::to_string(top) + "/inner");
         test::makeFolders(folder);
-        for (int i = 0; i <= top; ++i) test::writeFileOfSize(folder + "/f" + std::to_string(i), 10'000 * (i + 1));
+        for (int i = 0; i <= top; ++i)
+            test::writeFileOfSize(folder + "/f" + std::to_string(i), 10'000 * (i + 1));
     }
     const DiskScanner scanner(test::settingsWithHome(dir / "home"));
     ScanCancellation cancellation;
@@ -330,9 +344,11 @@ TEST(DiskScanner, SubtreeAndRemainderUseTheSameWalk) {
     // it stands (its bytes are marked to prove it), the partial one is measured again.
     DiskNode partial = full->root();
     partial.isPartial = true;
-    partial.children.erase(std::remove_if(partial.children.begin(), partial.children.end(),
-                                          [&](const DiskNode& n) { return n.path != dir / "top0" && n.path != dir / "top1"; }),
-                           partial.children.end());
+    partial.children.erase(
+        std::remove_if(
+            partial.children.begin(), partial.children.end(),
+            [&](const DiskNode& n) { return n.path != dir / "top0" && n.path != dir / "top1"; }),
+        partial.children.end());
     ASSERT_EQ(partial.children.size(), 2u);
     const int64_t top0 = findNode(full->root(), dir / "top0")->bytes;
     for (auto& child : partial.children) {
@@ -343,7 +359,8 @@ TEST(DiskScanner, SubtreeAndRemainderUseTheSameWalk) {
     ASSERT_TRUE(completed.has_value());
     EXPECT_EQ(completed->root().bytes, full->root().bytes + 1);
     EXPECT_EQ(findNode(completed->root(), dir / "top0")->bytes, top0 + 1);
-    EXPECT_EQ(findNode(completed->root(), dir / "top1")->bytes, findNode(full->root(), dir / "top1")->bytes);
+    EXPECT_EQ(findNode(completed->root(), dir / "top1")->bytes,
+              findNode(full->root(), dir / "top1")->bytes);
     EXPECT_FALSE(completed->root().isPartial);
 }
 

@@ -19,7 +19,7 @@ void walk(const std::string& path, dev_t device, std::set<std::pair<dev_t, ino_t
         const std::string name = entry->d_name;
         if (name == "." || name == "..") continue;
         const std::string child = path + "/" + name;
-        struct stat status{};
+        struct stat status {};
         if (::lstat(child.c_str(), &status) != 0 || status.st_dev != device) continue;
         if (S_ISDIR(status.st_mode)) {
             walk(child, device, links, totals);
@@ -38,7 +38,7 @@ void walk(const std::string& path, dev_t device, std::set<std::pair<dev_t, ino_t
 }  // namespace
 
 IndependentTotals independentWalk(const std::string& root) {
-    struct stat status{};
+    struct stat status {};
     IndependentTotals totals;
     if (::stat(root.c_str(), &status) != 0) return totals;
     std::set<std::pair<dev_t, ino_t>> links;

@@ -11,13 +11,15 @@ namespace {
 
 std::vector<ScanEntry> entries(std::initializer_list<const char*> names) {
     std::vector<ScanEntry> out;
-    for (const char* name : names) out.push_back(ScanEntry{name, {}});
+    for (const char* name : names)
+        out.push_back(ScanEntry{name, {}});
     return out;
 }
 
 std::vector<std::string> names(const std::vector<ScanEntry>& list) {
     std::vector<std::string> out;
-    for (const auto& entry : list) out.push_back(entry.name);
+    for (const auto& entry : list)
+        out.push_back(entry.name);
     return out;
 }
 
@@ -25,9 +27,11 @@ std::vector<std::string> names(const std::vector<ScanEntry>& list) {
 
 TEST(EntryOrder, WellKnownNamesFirstThenFileBrowserOrder) {
     const std::string home = "/home/me";
-    EXPECT_EQ(names(EntryOrder::prioritized("/", entries({"zeta", "System", "Users", "etc", "Library"}), home)),
+    EXPECT_EQ(names(EntryOrder::prioritized(
+                  "/", entries({"zeta", "System", "Users", "etc", "Library"}), home)),
               (std::vector<std::string>{"Users", "Library", "System", "etc", "zeta"}));
-    EXPECT_EQ(names(EntryOrder::prioritized(home, entries({"file10", ".cache", "File2", "Downloads", "Documents"}), home)),
+    EXPECT_EQ(names(EntryOrder::prioritized(
+                  home, entries({"file10", ".cache", "File2", "Downloads", "Documents"}), home)),
               (std::vector<std::string>{"Documents", "Downloads", ".cache", "File2", "file10"}));
     EXPECT_EQ(names(EntryOrder::prioritized("/home", entries({"alice", "me", "bob"}), home)),
               (std::vector<std::string>{"me", "alice", "bob"}));
@@ -35,8 +39,9 @@ TEST(EntryOrder, WellKnownNamesFirstThenFileBrowserOrder) {
 
 TEST(EntryOrder, OtherFoldersKeepTheListingOrder) {
     EXPECT_FALSE(EntryOrder::hasPriorityTable("/home/me/code", "/home/me"));
-    EXPECT_EQ(names(EntryOrder::prioritized("/home/me/code", entries({"b", "a", "Users"}), "/home/me")),
-              (std::vector<std::string>{"b", "a", "Users"}));
+    EXPECT_EQ(
+        names(EntryOrder::prioritized("/home/me/code", entries({"b", "a", "Users"}), "/home/me")),
+        (std::vector<std::string>{"b", "a", "Users"}));
 }
 
 TEST(ScanProgressThrottle, ReportsProgressEveryQuarterSecondAndPartialsEveryFourTenths) {

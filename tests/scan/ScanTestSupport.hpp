@@ -15,7 +15,8 @@ inline ScanSettings settingsWithHome(const std::string& home) {
     return settings;
 }
 
-inline ScanSnapshot scanned(const std::string& path, const ScanSettings& settings = ScanSettings::current()) {
+inline ScanSnapshot scanned(const std::string& path,
+                            const ScanSettings& settings = ScanSettings::current()) {
     ScanCancellation cancellation;
     auto outcome = DiskScanner(settings).scan(path, cancellation);
     if (!outcome) {
@@ -40,7 +41,9 @@ inline void expectWellFormed(const DiskNode& node) {
     int64_t sum = 0;
     for (size_t i = 0; i < node.children.size(); ++i) {
         sum += node.children[i].bytes;
-        if (i > 0) EXPECT_FALSE(DiskNode::ordersBefore(node.children[i], node.children[i - 1])) << node.path;
+        if (i > 0)
+            EXPECT_FALSE(DiskNode::ordersBefore(node.children[i], node.children[i - 1]))
+                << node.path;
         expectWellFormed(node.children[i]);
     }
     EXPECT_GE(node.bytes, sum) << node.path;

@@ -29,7 +29,9 @@ void makeSocket(const std::string& path) {
 
 void generateTree(const std::string& root, unsigned seed, int topLevelFolders) {
     std::mt19937 random(seed);
-    auto pick = [&](int low, int high) { return std::uniform_int_distribution<int>(low, high)(random); };
+    auto pick = [&](int low, int high) {
+        return std::uniform_int_distribution<int>(low, high)(random);
+    };
     std::vector<std::string> files;
     std::vector<std::string> folders;
     makeFolders(root);
@@ -56,8 +58,10 @@ void generateTree(const std::string& root, unsigned seed, int topLevelFolders) {
     }
     // Hard links, some across top-level folders (measured by different workers).
     for (int i = 0; i < 12 && !files.empty(); ++i) {
-        const auto& source = files[static_cast<size_t>(pick(0, static_cast<int>(files.size()) - 1))];
-        const auto& folder = folders[static_cast<size_t>(pick(0, static_cast<int>(folders.size()) - 1))];
+        const auto& source =
+            files[static_cast<size_t>(pick(0, static_cast<int>(files.size()) - 1))];
+        const auto& folder =
+            folders[static_cast<size_t>(pick(0, static_cast<int>(folders.size()) - 1))];
         ::link(source.c_str(), (folder + "/hard" + std::to_string(i)).c_str());
     }
     // Links that must never be followed: to a file, to a folder, up the tree, to "/".

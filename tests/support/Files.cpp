@@ -53,7 +53,8 @@ void writeFileOfSize(const std::string& path, int64_t bytes, unsigned seed) {
         byte = static_cast<char>(state >> 24);
     }
     while (bytes > 0) {
-        const size_t chunk = static_cast<size_t>(std::min<int64_t>(bytes, static_cast<int64_t>(block.size())));
+        const size_t chunk =
+            static_cast<size_t>(std::min<int64_t>(bytes, static_cast<int64_t>(block.size())));
         writeAll(fd, block.data(), chunk, path);
         bytes -= static_cast<int64_t>(chunk);
     }
@@ -91,12 +92,12 @@ void makeHardLink(const std::string& existing, const std::string& link) {
 }
 
 bool exists(const std::string& path) {
-    struct stat status{};
+    struct stat status {};
     return ::lstat(path.c_str(), &status) == 0;
 }
 
 int64_t allocatedBytes(const std::string& path) {
-    struct stat status{};
+    struct stat status {};
     if (::lstat(path.c_str(), &status) != 0) fail("lstat", path);
     return static_cast<int64_t>(status.st_blocks) * 512;
 }

@@ -34,7 +34,8 @@ void ScopedEnvironment::unset(const std::string& name) {
 
 IsolatedHome::IsolatedHome() : home_(root_ / "home") {
     makeFolders(home_);
-    for (const auto& [name, value] : environment()) environment_.set(name, value);
+    for (const auto& [name, value] : environment())
+        environment_.set(name, value);
 }
 
 std::map<std::string, std::string> IsolatedHome::environment() const {

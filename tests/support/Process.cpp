@@ -4,10 +4,10 @@
 #include "tests/support/TempDir.hpp"
 
 #include <fcntl.h>
-#include <sys/stat.h>
 #include <poll.h>
 #include <pty.h>
 #include <signal.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -31,12 +31,15 @@ ProcessResult runProcess(const std::vector<std::string>& argv, const ProcessOpti
         const std::string name = text.substr(0, text.find('='));
         if (!options.environment.count(name)) environment.push_back(text);
     }
-    for (const auto& [name, value] : options.environment) environment.push_back(name + "=" + value);
+    for (const auto& [name, value] : options.environment)
+        environment.push_back(name + "=" + value);
     std::vector<char*> envp;
-    for (auto& text : environment) envp.push_back(text.data());
+    for (auto& text : environment)
+        envp.push_back(text.data());
     envp.push_back(nullptr);
     std::vector<char*> args;
-    for (const auto& arg : argv) args.push_back(const_cast<char*>(arg.c_str()));
+    for (const auto& arg : argv)
+        args.push_back(const_cast<char*>(arg.c_str()));
     args.push_back(nullptr);
 
     const pid_t pid = ::fork();
@@ -46,7 +49,8 @@ ProcessResult runProcess(const std::vector<std::string>& argv, const ProcessOpti
         ::dup2(outPipe[1], 1);
         ::dup2(errPipe[1], 2);
         ::setpgid(0, 0);
-        if (!options.workingFolder.empty() && ::chdir(options.workingFolder.c_str()) != 0) _exit(127);
+        if (!options.workingFolder.empty() && ::chdir(options.workingFolder.c_str()) != 0)
+            _exit(127);
         ::execvpe(args[0], args.data(), envp.data());
         _exit(127);
     }
@@ -65,8 +69,9 @@ ProcessResult runProcess(const std::vector<std::string>& argv, const ProcessOpti
     ::close(inPipe[1]);
 
     ProcessResult result;
-    const auto deadline = std::chrono::steady_clock::now() +
-                          std::chrono::milliseconds(static_cast<long>(options.timeoutSeconds * 1000));
+    const auto deadline =
+        std::chrono::steady_clock::now() +
+        std::chrono::milliseconds(static_cast<long>(options.timeoutSeconds * 1000));
     pollfd fds[2] = {{outPipe[0], POLLIN, 0}, {errPipe[0], POLLIN, 0}};
     int open = 2;
     bool killed = false;
@@ -77,7 +82,8 @@ ProcessResult runProcess(const std::vector<std::string>& argv, const ProcessOpti
             ::kill(-pid, SIGKILL);
             killed = true;
         }
-        if (::poll(fds, 2, killed ? 1000 : static_cast<int>(std::max<long>(left.count(), 1))) < 0) break;
+        if (::poll(fds, 2, killed ? 1000 : static_cast<int>(std::max<long>(left.count(), 1))) < 0)
+            break;
         for (int i = 0; i < 2; ++i) {
             if (fds[i].fd < 0 || !(fds[i].revents & (POLLIN | POLLHUP | POLLERR))) continue;
             char buffer[65536];
@@ -105,29 +111,34 @@ ProcessResult runInTerminal(const std::vector<std::string>& argv, const ProcessO
         const std::string text = *entry;
         if (!options.environment.count(text.substr(0, text.find('=')))) environment.push_back(text);
     }
-    for (const auto& [name, value] : options.environment) environment.push_back(name + "=" + value);
+    for (const auto& [name, value] : options.environment)
+        environment.push_back(name + "=" + value);
     std::vector<char*> envp;
-    for (auto& text : environment) envp.push_back(text.data());
+    for (auto& text : environment)
+        envp.push_back(text.data());
     envp.push_back(nullptr);
     std::vector<char*> args;
-    for (const auto& arg : argv) args.push_back(const_cast<char*>(arg.c_str()));
+    for (const auto& arg : argv)
+        args.push_back(const_cast<char*>(arg.c_str()));
     args.push_back(nullptr);
 
     int master = -1;
-    struct winsize size{};
+    struct winsize size {};
     size.ws_col = 120;
     size.ws_row = 40;
     const pid_t pid = ::forkpty(&master, nullptr, nullptr, &size);
     if (pid < 0) throw std::runtime_error("forkpty failed");
     if (pid == 0) {
-        if (!options.workingFolder.empty() && ::chdir(options.workingFolder.c_str()) != 0) _exit(127);
+        if (!options.workingFolder.empty() && ::chdir(options.workingFolder.c_str()) != 0)
+            _exit(127);
         ::execvpe(args[0], args.data(), envp.data());
         _exit(127);
     }
     ProcessResult result;
     bool interrupted = false;
-    const auto deadline = std::chrono::steady_clock::now() +
-                          std::chrono::milliseconds(static_cast<long>(options.timeoutSeconds * 1000));
+    const auto deadline =
+        std::chrono::steady_clock::now() +
+        std::chrono::milliseconds(static_cast<long>(options.timeoutSeconds * 1000));
     for (;;) {
         pollfd fd{master, POLLIN, 0};
         if (std::chrono::steady_clock::now() > deadline) {
@@ -140,7 +151,8 @@ ProcessResult runInTerminal(const std::vector<std::string>& argv, const ProcessO
         const ssize_t got = ::read(master, buffer, sizeof buffer);
         if (got <= 0) break;  // EIO once the child closed the terminal
         result.out.append(buffer, static_cast<size_t>(got));
-        if (!interrupted && !interruptOn.empty() && result.out.find(interruptOn) != std::string::npos) {
+        if (!interrupted && !interruptOn.empty() &&
+            result.out.find(interruptOn) != std::string::npos) {
             ::kill(pid, SIGINT);
             interrupted = true;
         }
@@ -153,7 +165,9 @@ ProcessResult runInTerminal(const std::vector<std::string>& argv, const ProcessO
     return result;
 }
 
-std::string veldanBinary() { return VELDAN_BINARY; }
+std::string veldanBinary() {
+    return VELDAN_BINARY;
+}
 
 namespace {
 

@@ -9,8 +9,8 @@
 namespace veldan::test {
 
 struct ProcessResult {
-    int exitCode = -1;    // -1 when killed by a signal
-    int signal = 0;       // the signal that ended it, if any
+    int exitCode = -1;  // -1 when killed by a signal
+    int signal = 0;     // the signal that ended it, if any
     std::string out;
     std::string err;
 };

@@ -21,7 +21,7 @@ void removeContents(int dirFd) {
     while (auto* entry = ::readdir(dir)) {
         const std::string name = entry->d_name;
         if (name == "." || name == "..") continue;
-        struct stat status{};
+        struct stat status {};
         if (::fstatat(dirFd, name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) continue;
         if (S_ISDIR(status.st_mode)) {
             folders.push_back(name);
@@ -32,7 +32,8 @@ void removeContents(int dirFd) {
     ::closedir(dir);
     for (const auto& name : folders) {
         ::fchmodat(dirFd, name.c_str(), 0700, 0);
-        const int child = ::openat(dirFd, name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+        const int child =
+            ::openat(dirFd, name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
         if (child >= 0) {
             removeContents(child);
             ::close(child);
@@ -45,7 +46,8 @@ void removeContents(int dirFd) {
 
 TempDir::TempDir() {
     const char* base = std::getenv("TMPDIR");
-    std::string pattern = std::string(base && base[0] == '/' ? base : "/tmp") + "/veldan-test-XXXXXX";
+    std::string pattern =
+        std::string(base && base[0] == '/' ? base : "/tmp") + "/veldan-test-XXXXXX";
     std::vector<char> buffer(pattern.begin(), pattern.end());
     buffer.push_back('\0');
     if (!::mkdtemp(buffer.data())) throw std::runtime_error("mkdtemp failed");
@@ -53,7 +55,9 @@ TempDir::TempDir() {
     ::chmod(path_.c_str(), 0755);  // tests that drop privileges must be able to enter
 }
 
-TempDir::~TempDir() { removeTree(path_); }
+TempDir::~TempDir() {
+    removeTree(path_);
+}
 
 std::string TempDir::operator/(std::string_view relative) const {
     return path_ + "/" + std::string(relative);
