@@ -8,6 +8,7 @@
 
 #include "app/ScanJob.hpp"
 #include "cli/CommandRegistry.hpp"
+#include "cli/Confirmation.hpp"
 #include "cli/Interrupt.hpp"
 #include "cli/ProgressLine.hpp"
 #include "cli/RecommendationScan.hpp"
@@ -23,15 +24,6 @@ struct CleanOptions {
     std::vector<std::string> select;
     bool yes = false;
 };
-
-bool confirmed() {
-    std::cerr << "Go ahead? [y/N] " << std::flush;
-    std::string answer;
-    if (!std::getline(std::cin, answer)) return false;
-    std::transform(answer.begin(), answer.end(), answer.begin(),
-                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    return answer == "y" || answer == "yes";
-}
 
 int runClean(const CleanOptions& options) {
     // Never without a confirmation: asked on a terminal, or given up front with --yes.
@@ -61,7 +53,7 @@ int runClean(const CleanOptions& options) {
         std::cerr << "veldan: None of the selected recommendations can be cleaned in Veldan.\n";
         return exitFailure;
     }
-    if (!options.yes && !confirmed()) {
+    if (!options.yes && !askYesNo("Go ahead?")) {
         std::cerr << "Nothing was cleaned.\n";
         return exitFailure;
     }

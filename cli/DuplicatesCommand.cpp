@@ -8,6 +8,7 @@
 
 #include "app/ScanJob.hpp"
 #include "cli/CommandRegistry.hpp"
+#include "cli/Confirmation.hpp"
 #include "cli/DuplicatesJson.hpp"
 #include "cli/DuplicatesText.hpp"
 #include "cli/Interrupt.hpp"
@@ -63,12 +64,8 @@ std::string progressText(DuplicateScanPhase phase, int64_t completed, int64_t to
 // Asks on the terminal; anything but yes keeps every file where it is.
 bool confirmMove(int64_t count, int64_t bytes) {
     std::cerr << "Veldan will verify each selected file and an unchanged copy again before moving "
-                 "anything. Changed or unreadable files will stay in place.\n"
-              << "Move " << copiesText(count, bytes) << " to Trash? [y/N] " << std::flush;
-    std::string answer;
-    if (!std::getline(std::cin, answer)) return false;
-    answer = DuplicateGroupFilterCache::trimmedQuery(answer);
-    return answer == "y" || answer == "Y" || answer == "yes" || answer == "Yes" || answer == "YES";
+                 "anything. Changed or unreadable files will stay in place.\n";
+    return askYesNo("Move " + copiesText(count, bytes) + " to Trash?");
 }
 
 DuplicateTrashReport moveSelection(const DuplicateScanResult& result,

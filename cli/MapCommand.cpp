@@ -10,9 +10,8 @@
 #include "app/ScanJob.hpp"
 #include "app/TreemapPicture.hpp"
 #include "cli/CommandRegistry.hpp"
-#include "cli/Interrupt.hpp"
+#include "cli/CommandScan.hpp"
 #include "cli/JsonText.hpp"
-#include "cli/ProgressLine.hpp"
 #include "cli/Terminal.hpp"
 #include "layout/OrbitLayout.hpp"
 #include "layout/TreemapLayout.hpp"
@@ -157,18 +156,7 @@ int runMap(const MapOptions& options) {
     const std::string root = platform::absolutePath(options.path);
     if (auto problem = DiskScanner::rootProblem(root)) return fail(*problem);
 
-    ScanCancellation cancellation;
-    InterruptScope interrupt(cancellation);
-    ProgressLine progressLine;
-    ScanJobOptions job;
-    job.reuseWithinSession = false;  // one scan per process: nothing to reuse
-    if (progressLine.active()) {
-        job.progress = [&](const std::string& item, int64_t folders, int64_t files) {
-            progressLine.show(ProgressLine::scanText(item, folders, files));
-        };
-    }
-    auto outcome = ScanJob::run(root, cancellation, job);
-    progressLine.clear();
+    const auto outcome = scanForCommand(root, {});
     if (!outcome) {
         std::cerr << "Scan stopped before it finished; nothing was drawn.\n";
         return exitInterrupted;

@@ -5,8 +5,7 @@
 
 #include "app/ScanJob.hpp"
 #include "cli/CommandRegistry.hpp"
-#include "cli/Interrupt.hpp"
-#include "cli/ProgressLine.hpp"
+#include "cli/CommandScan.hpp"
 #include "cli/Terminal.hpp"
 #include "platform/Paths.hpp"
 #include "recommendations/RecommendationBuilder.hpp"
@@ -22,18 +21,7 @@ std::variant<ScannedRecommendations, int> scanForRecommendations(const std::stri
         std::cerr << "veldan: " << Terminal::display(*problem) << '\n';
         return exitFailure;
     }
-    ScanCancellation cancellation;
-    InterruptScope interrupt(cancellation);
-    ProgressLine progressLine;
-    ScanJobOptions job;
-    job.reuseWithinSession = false;  // one scan per process: nothing to reuse
-    if (progressLine.active()) {
-        job.progress = [&](const std::string& item, int64_t folders, int64_t files) {
-            progressLine.show(ProgressLine::scanText(item, folders, files));
-        };
-    }
-    auto outcome = ScanJob::run(root, cancellation, job);
-    progressLine.clear();
+    const auto outcome = scanForCommand(root, {});
     if (!outcome) {
         std::cerr << "Scan stopped before it finished; nothing was changed.\n";
         return exitInterrupted;

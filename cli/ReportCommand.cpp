@@ -17,8 +17,7 @@
 #include "cache/ScanReportBuilder.hpp"
 #include "cache/ScanSessionCache.hpp"
 #include "cli/CommandRegistry.hpp"
-#include "cli/Interrupt.hpp"
-#include "cli/ProgressLine.hpp"
+#include "cli/CommandScan.hpp"
 #include "cli/Terminal.hpp"
 #include "platform/AtomicFile.hpp"
 #include "platform/LocaleFormat.hpp"
@@ -111,34 +110,23 @@ int reportSaved(const std::string& root, const Destination& destination) {
 
 int reportFresh(const std::string& root, const ReportOptions& options,
                 const Destination& destination) {
-    ScanCancellation cancellation;
-    InterruptScope interrupt(cancellation);
-    ProgressLine progressLine;
     std::mutex mutex;  // guards the three below, written from the scan's threads
     std::optional<DiskNode> latestPartial;
     int64_t folders = 0;
     int64_t files = 0;
     ScanJobOptions job;
-    job.reuseWithinSession = false;  // one scan per process: nothing to reuse
     job.useSavedMaps = !options.noCache;
-    job.progress = [&](const std::string& item, int64_t folderCount, int64_t fileCount) {
-        {
-            std::unique_lock lock(mutex);
-            folders = folderCount;
-            files = fileCount;
-        }
-        if (progressLine.active())
-            progressLine.show(ProgressLine::scanText(item, folderCount, fileCount));
+    job.progress = [&](const std::string&, int64_t folderCount, int64_t fileCount) {
+        std::unique_lock lock(mutex);
+        folders = folderCount;
+        files = fileCount;
     };
     job.partial = [&](const DiskNode& partialRoot) {
         std::unique_lock lock(mutex);
         latestPartial = partialRoot;
     };
-    auto outcome = ScanJob::run(root, cancellation, job);
-    progressLine.clear();
-    struct FinishSaving {
-        ~FinishSaving() { ScanJob::finishSaving(); }
-    } finishSaving;
+    const auto outcome = scanForCommand(root, job);
+    const SavedMapFlush flush;
 
     if (outcome) {
         const std::string report = ScanReportBuilder::build(

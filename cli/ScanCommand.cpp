@@ -6,8 +6,7 @@
 
 #include "app/ScanJob.hpp"
 #include "cli/CommandRegistry.hpp"
-#include "cli/Interrupt.hpp"
-#include "cli/ProgressLine.hpp"
+#include "cli/CommandScan.hpp"
 #include "cli/ScanReportText.hpp"
 #include "cli/SnapshotJson.hpp"
 #include "cli/Terminal.hpp"
@@ -32,23 +31,10 @@ int runScan(const ScanOptions& options) {
         std::cerr << "veldan: " << Terminal::display(*problem) << '\n';
         return exitFailure;
     }
-    ScanCancellation cancellation;
-    InterruptScope interrupt(cancellation);
-    ProgressLine progressLine;
     ScanJobOptions job;
-    job.reuseWithinSession = false;  // one scan per process: nothing to reuse
     job.useSavedMaps = !options.noCache;
-    if (progressLine.active()) {
-        job.progress = [&](const std::string& item, int64_t folders, int64_t files) {
-            progressLine.show(ProgressLine::scanText(item, folders, files));
-        };
-    }
-    auto outcome = ScanJob::run(root, cancellation, job);
-    progressLine.clear();
-    // The saved map is written while the map prints, and must be whole before exiting.
-    struct FinishSaving {
-        ~FinishSaving() { ScanJob::finishSaving(); }
-    } finishSaving;
+    const auto outcome = scanForCommand(root, job);
+    const SavedMapFlush flush;
     if (!outcome) {
         std::cerr << "Scan stopped before it finished; nothing was saved.\n";
         return exitInterrupted;

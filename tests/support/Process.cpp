@@ -19,28 +19,45 @@ extern char** environ;
 
 namespace veldan::test {
 
+namespace {
+
+// The argument and environment arrays of a child: the inherited environment with the
+// options' variables added or replaced.
+class ChildArguments {
+public:
+    ChildArguments(const std::vector<std::string>& argv, const ProcessOptions& options) {
+        for (char** entry = environ; *entry; ++entry) {
+            const std::string text = *entry;
+            if (!options.environment.count(text.substr(0, text.find('=')))) texts_.push_back(text);
+        }
+        for (const auto& [name, value] : options.environment)
+            texts_.push_back(name + "=" + value);
+        for (auto& text : texts_)
+            environment_.push_back(text.data());
+        environment_.push_back(nullptr);
+        for (const auto& arg : argv)
+            arguments_.push_back(const_cast<char*>(arg.c_str()));
+        arguments_.push_back(nullptr);
+    }
+    const char* program() const { return arguments_[0]; }
+    char* const* arguments() { return arguments_.data(); }
+    char* const* environment() { return environment_.data(); }
+
+private:
+    std::vector<std::string> texts_;
+    std::vector<char*> environment_;
+    std::vector<char*> arguments_;
+};
+
+}  // namespace
+
 ProcessResult runProcess(const std::vector<std::string>& argv, const ProcessOptions& options) {
     int outPipe[2], errPipe[2], inPipe[2];
     if (::pipe2(outPipe, O_CLOEXEC) != 0 || ::pipe2(errPipe, O_CLOEXEC) != 0 ||
         ::pipe2(inPipe, O_CLOEXEC) != 0) {
         throw std::runtime_error("pipe failed");
     }
-    std::vector<std::string> environment;
-    for (char** entry = environ; *entry; ++entry) {
-        const std::string text = *entry;
-        const std::string name = text.substr(0, text.find('='));
-        if (!options.environment.count(name)) environment.push_back(text);
-    }
-    for (const auto& [name, value] : options.environment)
-        environment.push_back(name + "=" + value);
-    std::vector<char*> envp;
-    for (auto& text : environment)
-        envp.push_back(text.data());
-    envp.push_back(nullptr);
-    std::vector<char*> args;
-    for (const auto& arg : argv)
-        args.push_back(const_cast<char*>(arg.c_str()));
-    args.push_back(nullptr);
+    ChildArguments child(argv, options);
 
     const pid_t pid = ::fork();
     if (pid < 0) throw std::runtime_error("fork failed");
@@ -51,7 +68,7 @@ ProcessResult runProcess(const std::vector<std::string>& argv, const ProcessOpti
         ::setpgid(0, 0);
         if (!options.workingFolder.empty() && ::chdir(options.workingFolder.c_str()) != 0)
             _exit(127);
-        ::execvpe(args[0], args.data(), envp.data());
+        ::execvpe(child.program(), child.arguments(), child.environment());
         _exit(127);
     }
     ::close(inPipe[0]);
@@ -106,21 +123,7 @@ ProcessResult runProcess(const std::vector<std::string>& argv, const ProcessOpti
 
 ProcessResult runInTerminal(const std::vector<std::string>& argv, const ProcessOptions& options,
                             const std::string& interruptOn) {
-    std::vector<std::string> environment;
-    for (char** entry = environ; *entry; ++entry) {
-        const std::string text = *entry;
-        if (!options.environment.count(text.substr(0, text.find('=')))) environment.push_back(text);
-    }
-    for (const auto& [name, value] : options.environment)
-        environment.push_back(name + "=" + value);
-    std::vector<char*> envp;
-    for (auto& text : environment)
-        envp.push_back(text.data());
-    envp.push_back(nullptr);
-    std::vector<char*> args;
-    for (const auto& arg : argv)
-        args.push_back(const_cast<char*>(arg.c_str()));
-    args.push_back(nullptr);
+    ChildArguments child(argv, options);
 
     int master = -1;
     struct winsize size {};
@@ -131,7 +134,7 @@ ProcessResult runInTerminal(const std::vector<std::string>& argv, const ProcessO
     if (pid == 0) {
         if (!options.workingFolder.empty() && ::chdir(options.workingFolder.c_str()) != 0)
             _exit(127);
-        ::execvpe(args[0], args.data(), envp.data());
+        ::execvpe(child.program(), child.arguments(), child.environment());
         _exit(127);
     }
     ProcessResult result;

@@ -1,0 +1,27 @@
+#pragma once
+// How a command scans: Ctrl-C stops the scan through its cancellation, progress shows on
+// standard error when it is a terminal, and the session watcher is left out (a command
+// scans once and exits). The caller checks the folder first (DiskScanner::rootProblem).
+//
+// Contract: blocks until the scan ends; null when it was stopped.
+
+#include <memory>
+#include <string>
+
+#include "app/ScanJob.hpp"
+
+namespace veldan::cli {
+
+// `job.progress`, when set, is called besides the progress line.
+std::shared_ptr<const ScanOutcome> scanForCommand(const std::string& root, ScanJobOptions job);
+
+// Waits, when it goes out of scope, until the saved map the scan queued is written: it
+// is encoded while the command prints, and must be whole before the process exits.
+struct SavedMapFlush {
+    SavedMapFlush() = default;
+    SavedMapFlush(const SavedMapFlush&) = delete;
+    SavedMapFlush& operator=(const SavedMapFlush&) = delete;
+    ~SavedMapFlush() { ScanJob::finishSaving(); }
+};
+
+}  // namespace veldan::cli
