@@ -54,8 +54,11 @@ bool ScanContext::isStartupAlias(std::string_view path) const {
 }
 
 bool ScanContext::claimFolder(FolderIdentity identity) {
-    std::lock_guard lock(visitedMutex_);
-    return visited_.insert(identity).second;
+    const size_t hash = FolderIdentityHash{}(identity);
+    // The low bits pick the bucket inside a shard, so the shard comes from the high ones.
+    VisitedShard& shard = visited_[(hash >> 32) % visitedShardCount];
+    std::lock_guard lock(shard.mutex);
+    return shard.folders.insert(identity).second;
 }
 
 void ScanContext::discover(std::string_view path, std::string_view name, int64_t bytes) {

@@ -6,6 +6,7 @@
 // Contract: created by the scanner for one walk and discarded with it. Every mutable
 // member is guarded by its own lock; the rest is read-only after construction.
 
+#include <array>
 #include <cstdint>
 #include <map>
 #include <mutex>
@@ -60,8 +61,14 @@ private:
     const ScanCancellation& cancellation_;
     std::set<std::string, std::less<>> recommendationPaths_;
 
-    std::mutex visitedMutex_;
-    std::unordered_set<FolderIdentity, FolderIdentityHash> visited_;
+    // Every worker claims every folder it enters; one lock for all of them made the
+    // workers queue on each other, so the set is split into independently locked shards.
+    struct VisitedShard {
+        std::mutex mutex;
+        std::unordered_set<FolderIdentity, FolderIdentityHash> folders;
+    };
+    static constexpr size_t visitedShardCount = 64;
+    std::array<VisitedShard, visitedShardCount> visited_;
     HardLinkCollector hardLinks_;
     LargestFileCollector largestFiles_;
     ScanIssueCollector issues_;
