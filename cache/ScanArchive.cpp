@@ -1,5 +1,6 @@
 #include "cache/ScanArchive.hpp"
 
+#include <algorithm>
 #include <array>
 #include <vector>
 
@@ -150,22 +151,41 @@ private:
         return writer_.dictionary(keys, values);
     }
 
+    // A folder's children are written after their paths, so that its summary child lists
+    // the siblings it excludes by pointing at those same strings instead of repeating
+    // them: nearly every folder of a large map has a summary.
+    using Siblings = std::vector<std::pair<std::string_view, Ref>>;
+
     std::optional<Ref> node(const DiskNode& node, size_t depth) {
+        return this->node(node, depth, writer_.string(node.path), {});
+    }
+
+    std::optional<Ref> node(const DiskNode& node, size_t depth, Ref pathRef,
+                            const Siblings& siblings) {
         if (depth > ScanArchive::maximumDepth) return std::nullopt;
+        Siblings childPaths;
+        childPaths.reserve(node.children.size());
+        for (const auto& child : node.children)
+            childPaths.emplace_back(child.path, writer_.string(child.path));
         std::vector<Ref> childRefs;
         childRefs.reserve(node.children.size());
-        for (const auto& child : node.children) {
-            auto ref = this->node(child, depth + 1);
+        for (size_t i = 0; i < node.children.size(); ++i) {
+            auto ref = this->node(node.children[i], depth + 1, childPaths[i].second, childPaths);
             if (!ref) return std::nullopt;
             childRefs.push_back(*ref);
         }
         // Give up as soon as the document can no longer be written whole.
         if (writer_.failed()) return std::nullopt;
         std::vector<Ref> excludedRefs;
-        for (const auto& excludedPath : node.excludedPaths)
-            excludedRefs.push_back(writer_.string(excludedPath));
+        for (const auto& excludedPath : node.excludedPaths) {
+            const auto sibling =
+                std::find_if(siblings.begin(), siblings.end(),
+                             [&](const auto& entry) { return entry.first == excludedPath; });
+            excludedRefs.push_back(sibling != siblings.end() ? sibling->second
+                                                             : writer_.string(excludedPath));
+        }
         const std::array<Ref, nodeKeys.size()> values = {
-            writer_.string(node.path),       writer_.string(node.name),
+            pathRef,                         writer_.string(node.name),
             writer_.integer(node.bytes),     writer_.string(title(node.category)),
             writer_.array(childRefs),        writer_.boolean(node.isDirectory),
             writer_.boolean(node.isSummary), writer_.boolean(node.isPartial),
