@@ -22,19 +22,46 @@ DirectoryReader::DirectoryReader(int fd, std::vector<char>& buffer) : fd_(fd), b
     if (buffer_.size() < minimumBuffer) buffer_.resize(minimumBuffer);
 }
 
+bool DirectoryReader::fill() {
+    while (!ended_) {
+        const long got = ::syscall(SYS_getdents64, fd_, buffer_.data(), buffer_.size());
+        if (got < 0) {
+            if (errno == EINTR) continue;
+            error_ = errno;
+            ended_ = true;
+            return false;
+        }
+        if (got == 0) {
+            ended_ = true;
+            return false;
+        }
+        filled_ = static_cast<size_t>(got);
+        offset_ = 0;
+        return true;
+    }
+    return false;
+}
+
+uint64_t DirectoryReader::peekSelfInode() {
+    if (offset_ >= filled_ && !fill()) return 0;
+    for (size_t at = offset_; at < filled_;) {
+        const char* record = buffer_.data() + at;
+        unsigned short reclen = 0;
+        std::memcpy(&reclen, record + reclenOffset, sizeof reclen);
+        const char* name = record + nameOffset;
+        if (name[0] == '.' && name[1] == '\0') {
+            uint64_t inode = 0;
+            std::memcpy(&inode, record, sizeof inode);
+            return inode;
+        }
+        at += reclen;
+    }
+    return 0;
+}
+
 bool DirectoryReader::next(DirectoryEntryView& entry) {
     for (;;) {
-        if (offset_ >= filled_) {
-            const long got = ::syscall(SYS_getdents64, fd_, buffer_.data(), buffer_.size());
-            if (got < 0) {
-                if (errno == EINTR) continue;
-                error_ = errno;
-                return false;
-            }
-            if (got == 0) return false;
-            filled_ = static_cast<size_t>(got);
-            offset_ = 0;
-        }
+        if (offset_ >= filled_ && !fill()) return false;
         const char* record = buffer_.data() + offset_;
         unsigned short reclen = 0;
         std::memcpy(&reclen, record + reclenOffset, sizeof reclen);

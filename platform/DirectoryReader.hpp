@@ -27,13 +27,20 @@ public:
     // on a failure; error() tells which (0 at a clean end).
     bool next(DirectoryEntryView& entry);
     int error() const { return error_; }
+    // The inode number the listing gives for ".", looked up in the first batch without
+    // consuming anything (0 when it is not there): it lets a caller check which folder it
+    // opened without a status call. Call before the first next().
+    uint64_t peekSelfInode();
 
 private:
     int fd_;
     std::vector<char>& buffer_;
     size_t filled_ = 0;
     size_t offset_ = 0;
+    bool fill();
+
     int error_ = 0;
+    bool ended_ = false;
 };
 
 }  // namespace veldan::platform

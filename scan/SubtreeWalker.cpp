@@ -111,16 +111,7 @@ bool SubtreeWalker::enter(int parentFd, const ScanEntry& entry, Role parentRole,
     frame.flags = parentFlags | categoryFlags(entry.name);
     int error = 0;
     frame.fd = platform::openDirectoryAt(parentFd, entry.name.c_str(), error);
-    if (!frame.fd) {
-        context_.issues().record(path_, ScanIssueReason::forErrno(error));
-    } else if (auto opened = platform::statDescriptor(frame.fd.get(), error);
-               !opened || FolderIdentity{opened->device, opened->inode} != frame.identity) {
-        // Renamed or replaced since it was listed: the folder opened is not the one claimed
-        // in the visited set, and walking it could count another folder twice.
-        context_.issues().record(path_, ScanIssueReason::vanished);
-        path_.resize(parentLength);
-        return false;
-    }
+    if (!frame.fd) context_.issues().record(path_, ScanIssueReason::forErrno(error));
     ++folders_;
     frames_.push_back(std::move(frame));
     parkDeepFrames();
@@ -155,10 +146,23 @@ bool SubtreeWalker::isUnauthorisedLibrary(const std::string& name) {
     return false;
 }
 
+bool SubtreeWalker::isClaimedFolder(const Frame& frame, uint64_t listedSelf) const {
+    if (listedSelf != 0 && listedSelf == frame.identity.inode) return true;
+    int error = 0;
+    auto opened = platform::statDescriptor(frame.fd.get(), error);
+    return opened && FolderIdentity{opened->device, opened->inode} == frame.identity;
+}
+
 void SubtreeWalker::list(Frame& frame) {
     if (!frame.fd) return;
     platform::DirectoryReader reader(frame.fd.get(), buffer_);
     platform::DirectoryEntryView entry;
+    if (!isClaimedFolder(frame, reader.peekSelfInode())) {
+        // Renamed or replaced since it was listed: the folder opened is not the one claimed
+        // in the visited set, and walking it could count another folder twice.
+        context_.issues().record(path_, ScanIssueReason::vanished);
+        return;
+    }
     while (reader.next(entry)) {
         if (context_.cancelled()) {
             frame.incomplete = true;

@@ -79,6 +79,9 @@ private:
     // the user has not authorised Veldan to read.
     bool isUnauthorisedLibrary(const std::string& name);
     void list(Frame& frame);
+    // Whether the open folder is the one claimed when it was listed: the inode the listing
+    // gave for "." settles it for free; otherwise one status call on the descriptor does.
+    bool isClaimedFolder(const Frame& frame, uint64_t listedSelf) const;
     void measureFile(Frame& frame, const char* name, size_t length,
                      const platform::FileStatus& status);
     void finishTop(ParallelChildResult& result);
