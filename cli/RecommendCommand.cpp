@@ -19,12 +19,11 @@ struct RecommendOptions {
     bool json = false;
     bool script = false;
     std::vector<std::string> select;
-    // `--saved` (recommend from the saved map instead of a fresh scan) is added by the
-    // saved-maps work; see scanForRecommendations.
+    bool saved = false;
 };
 
 int runRecommend(const RecommendOptions& options) {
-    auto scanned = scanForRecommendations(options.path);
+    auto scanned = scanForRecommendations(options.path, options.saved);
     if (auto* status = std::get_if<int>(&scanned)) return *status;
     const auto& result = std::get<ScannedRecommendations>(scanned);
     auto selection = selectRecommendations(result.recommendations, options.select);
@@ -53,6 +52,8 @@ const CommandRegistration registration{
             app.add_subcommand("recommend", "Scan a folder and list what can be cleaned up");
         sub->add_option("path", options->path, "Folder to scan (default: the current folder)");
         sub->add_flag("--json", options->json, "Print the recommendations as JSON for scripts");
+        sub->add_flag("--saved", options->saved,
+                      "Use the folder's saved map instead of scanning it again");
         auto* script = sub->add_flag("--script", options->script,
                                      "Print the shell script of the selected recommendations");
         sub->add_option(

@@ -5,6 +5,7 @@
 
 #include "app/ScanJob.hpp"
 #include "cli/CommandRegistry.hpp"
+#include "cli/SavedMap.hpp"
 #include "cli/CommandScan.hpp"
 #include "cli/Terminal.hpp"
 #include "platform/Paths.hpp"
@@ -13,10 +14,16 @@
 
 namespace veldan::cli {
 
-std::variant<ScannedRecommendations, int> scanForRecommendations(const std::string& path) {
-    // The saved map (`--saved`) plugs in here: instead of scanning, load the snapshot saved
-    // for this scope and build from it. It arrives with the saved-maps work.
+std::variant<ScannedRecommendations, int> scanForRecommendations(const std::string& path,
+                                                                 bool fromSavedMap) {
     const std::string root = platform::absolutePath(path);
+    if (fromSavedMap) {
+        auto snapshot = loadSavedMap(root);
+        if (!snapshot) return exitFailure;
+        ScannedRecommendations saved{root, std::move(*snapshot), {}};
+        saved.recommendations = RecommendationBuilder::build(root, saved.snapshot);
+        return saved;
+    }
     if (auto problem = DiskScanner::rootProblem(root)) {
         std::cerr << "veldan: " << Terminal::display(*problem) << '\n';
         return exitFailure;

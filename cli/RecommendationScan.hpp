@@ -22,9 +22,10 @@ struct ScannedRecommendations {
     std::vector<Recommendation> recommendations;
 };
 
-// The recommendations of a fresh scan of `path`, or the exit status to end with (after
-// the reason was printed).
-std::variant<ScannedRecommendations, int> scanForRecommendations(const std::string& path);
+// The recommendations of a fresh scan of `path` (or of its saved map), or the exit status
+// to end with (after the reason was printed).
+std::variant<ScannedRecommendations, int> scanForRecommendations(const std::string& path,
+                                                                 bool fromSavedMap = false);
 
 // The recommendations named by `ids`, in list order; all of them when `ids` is empty.
 // An unknown id comes back as the sentence to show.

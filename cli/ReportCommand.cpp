@@ -17,6 +17,7 @@
 #include "cache/ScanReportBuilder.hpp"
 #include "cache/ScanSessionCache.hpp"
 #include "cli/CommandRegistry.hpp"
+#include "cli/SavedMap.hpp"
 #include "cli/CommandScan.hpp"
 #include "cli/Terminal.hpp"
 #include "platform/AtomicFile.hpp"
@@ -91,12 +92,8 @@ ScanReportStyle styleFor(const Destination& destination) {
 }
 
 int reportSaved(const std::string& root, const Destination& destination) {
-    auto snapshot = ScanCache::shared().load(root);
-    if (!snapshot) {
-        std::cerr << "veldan: There is no saved map of " << Terminal::display(root)
-                  << "; run veldan scan on it first.\n";
-        return exitFailure;
-    }
+    auto snapshot = loadSavedMap(root);
+    if (!snapshot) return exitFailure;
     std::string status = "Earlier map, saved " +
                          platform::LocaleFormat::system().abbreviatedDateTime(snapshot->finishedAt);
     if (ScanCache::shared().needsRefresh(*snapshot, root)) {

@@ -6,6 +6,7 @@
 
 #include "cache/ScanCache.hpp"
 #include "cli/CommandRegistry.hpp"
+#include "cli/SavedMap.hpp"
 #include "cli/ScanReportText.hpp"
 #include "cli/SnapshotJson.hpp"
 #include "cli/Terminal.hpp"
@@ -26,16 +27,8 @@ struct ShowOptions {
 
 int runShow(const ShowOptions& options) {
     const std::string root = platform::absolutePath(options.path);
-    auto snapshot = ScanCache::shared().load(root);
-    if (!snapshot) {
-        if (auto problem = DiskScanner::rootProblem(root)) {
-            std::cerr << "veldan: " << Terminal::display(*problem) << '\n';
-        } else {
-            std::cerr << "veldan: There is no saved map of " << Terminal::display(root)
-                      << "; run veldan scan on it first.\n";
-        }
-        return exitFailure;
-    }
+    auto snapshot = loadSavedMap(root);
+    if (!snapshot) return exitFailure;
     const bool needsRefresh = ScanCache::shared().needsRefresh(*snapshot, root);
     if (options.json) {
         JsonWriter writer(stdout);

@@ -97,6 +97,21 @@ TEST_F(Command, RecommendJsonNamesKindsActionsAndBytes) {
     EXPECT_GT(json["totalBytes"].get<int64_t>(), json["safeBytes"].get<int64_t>());
 }
 
+TEST_F(Command, RecommendFromTheSavedMapNeedsNoScan) {
+    const auto none = veldan({"recommend", "--saved", dir.path()});
+    EXPECT_EQ(none.exitCode, 1);
+    EXPECT_NE(none.err.find("There is no saved map of"), std::string::npos) << none.err;
+
+    ASSERT_EQ(veldan({"scan", dir.path()}).exitCode, 0);
+    const auto fresh = veldan({"recommend", "--json", dir.path()});
+    // What the saved map knows, even after the folder grew: it lists what was measured.
+    test::writeFileOfSize(dir / "app/.next/cache/more", 900'000);
+    const auto saved = veldan({"recommend", "--saved", "--json", dir.path()});
+    ASSERT_EQ(saved.exitCode, 0) << saved.err;
+    EXPECT_EQ(saved.out, fresh.out);
+    EXPECT_NE(veldan({"recommend", "--json", dir.path()}).out, fresh.out);
+}
+
 TEST_F(Command, RecommendScriptOfTheSelectionRunsAsPrinted) {
     const auto run = veldan({"recommend", dir.path(), "--script", "--select", "next,modules"});
     ASSERT_EQ(run.exitCode, 0) << run.err;
