@@ -32,17 +32,12 @@ int runClean(const CleanOptions& options) {
                      "--yes to clean without asking.\n";
         return exitFailure;
     }
-    auto scanned = scanForRecommendations(options.path);
+    auto scanned = scanForRecommendations(options.path, options.select);
     if (auto* status = std::get_if<int>(&scanned)) return *status;
     const auto& result = std::get<ScannedRecommendations>(scanned);
-    auto selection = selectRecommendations(result.recommendations, options.select);
-    if (auto* problem = std::get_if<std::string>(&selection)) {
-        std::cerr << "veldan: " << *problem << '\n';
-        return exitFailure;
-    }
     std::vector<Recommendation> safe;
     std::vector<Recommendation> excluded;
-    for (const auto& recommendation : std::get<std::vector<Recommendation>>(selection)) {
+    for (const auto& recommendation : result.selected) {
         (recommendation.kind == RecommendationKind::safe ? safe : excluded)
             .push_back(recommendation);
     }

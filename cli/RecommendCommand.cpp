@@ -23,15 +23,10 @@ struct RecommendOptions {
 };
 
 int runRecommend(const RecommendOptions& options) {
-    auto scanned = scanForRecommendations(options.path, options.saved);
+    auto scanned = scanForRecommendations(options.path, options.select, options.saved);
     if (auto* status = std::get_if<int>(&scanned)) return *status;
     const auto& result = std::get<ScannedRecommendations>(scanned);
-    auto selection = selectRecommendations(result.recommendations, options.select);
-    if (auto* problem = std::get_if<std::string>(&selection)) {
-        std::cerr << "veldan: " << *problem << '\n';
-        return exitFailure;
-    }
-    const auto& selected = std::get<std::vector<Recommendation>>(selection);
+    const auto& selected = result.selected;
     if (options.script) {
         std::cout << RecommendationBuilder::script(selected);
     } else if (options.json) {

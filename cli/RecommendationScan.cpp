@@ -5,8 +5,8 @@
 
 #include "app/ScanJob.hpp"
 #include "cli/CommandRegistry.hpp"
-#include "cli/SavedMap.hpp"
 #include "cli/CommandScan.hpp"
+#include "cli/SavedMap.hpp"
 #include "cli/Terminal.hpp"
 #include "platform/Paths.hpp"
 #include "recommendations/RecommendationBuilder.hpp"
@@ -14,43 +14,49 @@
 
 namespace veldan::cli {
 
-std::variant<ScannedRecommendations, int> scanForRecommendations(const std::string& path,
-                                                                 bool fromSavedMap) {
-    const std::string root = platform::absolutePath(path);
-    if (fromSavedMap) {
-        auto snapshot = loadSavedMap(root);
-        if (!snapshot) return exitFailure;
-        ScannedRecommendations saved{root, std::move(*snapshot), {}};
-        saved.recommendations = RecommendationBuilder::build(root, saved.snapshot);
-        return saved;
-    }
+namespace {
+
+std::optional<ScanSnapshot> snapshotOf(const std::string& root, bool fromSavedMap, int& status) {
+    status = exitFailure;
+    if (fromSavedMap) return loadSavedMap(root);
     if (auto problem = DiskScanner::rootProblem(root)) {
         std::cerr << "veldan: " << Terminal::display(*problem) << '\n';
-        return exitFailure;
+        return std::nullopt;
     }
     const auto outcome = scanForCommand(root, {});
     if (!outcome) {
         std::cerr << "Scan stopped before it finished; nothing was changed.\n";
-        return exitInterrupted;
+        status = exitInterrupted;
+        return std::nullopt;
     }
-    ScannedRecommendations scanned{root, outcome->snapshot, {}};
-    scanned.recommendations = RecommendationBuilder::build(root, scanned.snapshot);
-    return scanned;
+    return outcome->snapshot;
 }
 
-std::variant<std::vector<Recommendation>, std::string> selectRecommendations(
-    const std::vector<Recommendation>& recommendations, const std::vector<std::string>& ids) {
-    if (ids.empty()) return recommendations;
+}  // namespace
+
+std::variant<ScannedRecommendations, int> scanForRecommendations(
+    const std::string& path, const std::vector<std::string>& ids, bool fromSavedMap) {
+    const std::string root = platform::absolutePath(path);
+    int status = exitFailure;
+    auto snapshot = snapshotOf(root, fromSavedMap, status);
+    if (!snapshot) return status;
+    ScannedRecommendations scanned{root, std::move(*snapshot), {}};
+    auto all = RecommendationBuilder::build(root, scanned.snapshot);
+    if (ids.empty()) {
+        scanned.selected = std::move(all);
+        return scanned;
+    }
     std::set<std::string> wanted(ids.begin(), ids.end());
-    std::vector<Recommendation> selected;
-    for (const auto& recommendation : recommendations) {
-        if (wanted.erase(recommendation.id)) selected.push_back(recommendation);
+    for (auto& recommendation : all) {
+        if (wanted.erase(recommendation.id)) scanned.selected.push_back(std::move(recommendation));
     }
     if (!wanted.empty()) {
-        return "This scan has no recommendation \"" + Terminal::display(*wanted.begin()) +
-               "\"; run \"veldan recommend\" to see the ids.";
+        std::cerr << "veldan: This scan has no recommendation \""
+                  << Terminal::display(*wanted.begin())
+                  << "\"; run \"veldan recommend\" to see the ids.\n";
+        return exitFailure;
     }
-    return selected;
+    return scanned;
 }
 
 }  // namespace veldan::cli

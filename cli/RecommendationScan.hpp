@@ -1,6 +1,7 @@
 #pragma once
 // What `veldan recommend` and `veldan clean` share: a fresh scan of the folder with a
-// progress line, the recommendations built from it, and picking recommendations by id.
+// progress line (or its saved map), the recommendations built from it, and the ones
+// picked by id.
 //
 // Contract: runs on the caller's thread; problems are printed to standard error as one
 // sentence and come back as the exit status.
@@ -19,17 +20,13 @@ namespace veldan::cli {
 struct ScannedRecommendations {
     std::string root;  // absolute, standardized
     ScanSnapshot snapshot;
-    std::vector<Recommendation> recommendations;
+    std::vector<Recommendation> selected;  // in list order
 };
 
-// The recommendations of a fresh scan of `path` (or of its saved map), or the exit status
-// to end with (after the reason was printed).
-std::variant<ScannedRecommendations, int> scanForRecommendations(const std::string& path,
-                                                                 bool fromSavedMap = false);
-
-// The recommendations named by `ids`, in list order; all of them when `ids` is empty.
-// An unknown id comes back as the sentence to show.
-std::variant<std::vector<Recommendation>, std::string> selectRecommendations(
-    const std::vector<Recommendation>& recommendations, const std::vector<std::string>& ids);
+// The recommendations named by `ids` (all of them when `ids` is empty) of a fresh scan of
+// `path`, or of its saved map; or the exit status to end with, after the reason (an
+// unusable folder, an unknown id, an interrupted scan) was printed.
+std::variant<ScannedRecommendations, int> scanForRecommendations(
+    const std::string& path, const std::vector<std::string>& ids, bool fromSavedMap = false);
 
 }  // namespace veldan::cli
