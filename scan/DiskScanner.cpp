@@ -29,6 +29,30 @@ struct DiskScanner::Walk {
 
 namespace {
 
+// A finished child of a stopped scan, taken as it is. Only what its kept nodes show is
+// known again: tracked and recommended folders among them are rediscovered, and the
+// folders and files they show stand in for the visit counts.
+ParallelChildResult reuse(const DiskNode& node, ScanContext& context) {
+    ParallelChildResult result;
+    result.node = node;
+    result.bytes = node.bytes;
+    std::vector<const DiskNode*> stack{&node};
+    while (!stack.empty()) {
+        const DiskNode* current = stack.back();
+        stack.pop_back();
+        if (current->isSummary) continue;
+        if (!current->isDirectory) {
+            ++result.files;
+            continue;
+        }
+        ++result.folders;
+        context.discover(current->path, current->name, current->bytes);
+        for (const auto& child : current->children)
+            stack.push_back(&child);
+    }
+    return result;
+}
+
 CategoryFlags pathFlags(const std::string& path) {
     CategoryFlags flags = 0;
     for (auto component : platform::pathComponents(path))
@@ -132,7 +156,7 @@ std::optional<DiskScanner::Walk> DiskScanner::walk(
         entries = prioritizedEntries(root, listRoot(rootFd.get(), context));
     }
 
-    ParallelRootState state(root, entries.size(), progress, partial);
+    ParallelRootState state(root, entries.size(), progress, partial, cancellation);
     const CategoryFlags rootFlags = pathFlags(root);
     auto work = [&] {
         ParallelRootState::Reporter reporter(state);
@@ -143,8 +167,7 @@ std::optional<DiskScanner::Walk> DiskScanner::walk(
             const std::string path = platform::joinPath(root, entry.name);
             ParallelChildResult result;
             if (auto kept = reusable.find(path); kept != reusable.end()) {
-                result.node = kept->second;
-                result.bytes = kept->second.bytes;
+                result = reuse(kept->second, context);
             } else {
                 reporter.setIndex(*index);
                 try {

@@ -56,7 +56,8 @@ public:
 
     // Completes a partial root (from a stopped scan): top-level children that were
     // finished are kept as they are, everything else is measured. Largest files of the
-    // kept children are taken from `earlierLargestFiles`. A file hard-linked from a kept
+    // kept children are taken from `earlierLargestFiles`; their discovered folders and
+    // visit counts are what their kept nodes show. A file hard-linked from a kept
     // child and from a measured one is charged in both, since the kept child's links
     // are not known without walking it again.
     std::optional<ScanOutcome> scanRemainder(

@@ -23,12 +23,13 @@ int64_t saturatingSum(const std::vector<int64_t>& values) {
 }  // namespace
 
 ParallelRootState::ParallelRootState(std::string rootPath, size_t childCount, ScanProgress progress,
-                                     ScanPartial partial)
+                                     ScanPartial partial, const ScanCancellation& cancellation)
     : rootPath_(std::move(rootPath)),
       category_(categoryFor(rootPath_)),
       childCount_(childCount),
       reportProgress_(std::move(progress)),
       reportPartial_(std::move(partial)),
+      cancellation_(cancellation),
       folderCounts_(childCount, 0),
       fileCounts_(childCount, 0) {
     if (reportPartial_) {
@@ -96,7 +97,7 @@ void ParallelRootState::updateActive(size_t index, DiskNode node) {
 }
 
 void ParallelRootState::schedulePartial() {
-    if (!partialQueue_ || closed_) return;
+    if (!partialQueue_ || closed_ || cancellation_.cancelled()) return;
     if (platform::uptimeSeconds() - lastPartial_ < ScanProgressThrottle::partialInterval) return;
     pendingPartial_ = true;
     if (partialDeliveryQueued_) return;
@@ -109,9 +110,10 @@ void ParallelRootState::deliverPartials() {
     {
         std::lock_guard lock(mutex_);
         partialDeliveryQueued_ = false;
-        if (closed_ || !pendingPartial_) return;
+        // A stopped scan ends its deliveries at once, not at close(): its workers hand
+        // back half-measured nodes that must not reach the map.
+        if (closed_ || !pendingPartial_ || cancellation_.cancelled()) return;
         pendingPartial_ = false;
-        lastPartial_ = platform::uptimeSeconds();
         KeptChildren children = finishedVisible_;
         int64_t bytes = finishedBytes_;
         for (const auto& [index, node] : active_) {
@@ -119,6 +121,8 @@ void ParallelRootState::deliverPartials() {
             children.keepLargest(node);
         }
         partial = buildRoot(std::move(children), bytes, true);
+        // Stamped once built, so that a slow build never brings the next one closer.
+        lastPartial_ = platform::uptimeSeconds();
     }
     reportPartial_(partial);
 }

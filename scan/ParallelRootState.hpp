@@ -19,14 +19,16 @@
 #include "scan/KeptChildren.hpp"
 #include "scan/ParallelChildResult.hpp"
 #include "scan/ScanCallbacks.hpp"
+#include "scan/ScanCancellation.hpp"
 #include "scan/WalkReporter.hpp"
 
 namespace veldan {
 
 class ParallelRootState {
 public:
+    // `cancellation` must outlive the state; once it is set, no partial is delivered.
     ParallelRootState(std::string rootPath, size_t childCount, ScanProgress progress,
-                      ScanPartial partial);
+                      ScanPartial partial, const ScanCancellation& cancellation);
     ~ParallelRootState();
 
     // The next top-level entry to measure, or empty when all were handed out.
@@ -66,6 +68,7 @@ private:
     const size_t childCount_;
     const ScanProgress reportProgress_;
     const ScanPartial reportPartial_;
+    const ScanCancellation& cancellation_;
     std::unique_ptr<platform::SerialQueue> partialQueue_;
 
     mutable std::mutex mutex_;

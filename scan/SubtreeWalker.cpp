@@ -244,9 +244,11 @@ void SubtreeWalker::finishTop(ParallelChildResult& result) {
         }
         folder.isDirectory = true;
         folder.isPartial = top.incomplete;
-        context_.discover(folder.path, folder.name, folder.bytes);
         node = std::move(folder);
     }
+    // Tracked folders count at any depth: a project's node_modules deep below the map
+    // is still worth finding.
+    context_.discover(path_, std::string_view(path_).substr(top.nameOffset), top.bytes);
     const int64_t bytes = top.bytes;
     const bool incomplete = top.incomplete;
     if (frames_.size() == 1) {

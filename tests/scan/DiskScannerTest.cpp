@@ -89,7 +89,12 @@ TEST(DiskScanner, OpaqueFoldersAreMeasuredWholeAndTrackedOnesAreDiscovered) {
     test::generateTree(dir.path(), 7, 1);
     test::makeFolders(dir / "notes/target/inner");
     test::writeFileOfSize(dir / "notes/target/inner/x", 4096);
+    test::makeFolders(dir / "1/2/3/4/5/6/app/.next/cache");
+    test::writeFileOfSize(dir / "1/2/3/4/5/6/app/.next/cache/x", 4096);
     const auto snapshot = scanned(dir.path(), test::settingsWithHome(dir / "home"));
+    // Below the mapped depth a tracked folder is still found, with its bytes.
+    EXPECT_EQ(snapshot.discoveredDirectories.at(dir / "1/2/3/4/5/6/app/.next"),
+              test::allocatedBytes(dir / "1/2/3/4/5/6/app/.next/cache/x"));
     for (const char* opaque : {"proj/node_modules", "proj/.git", "rust/target", "py/.venv"}) {
         const DiskNode* node = findNode(snapshot.root, dir / opaque);
         ASSERT_NE(node, nullptr) << opaque;
@@ -330,6 +335,8 @@ TEST(DiskScanner, SubtreeAndRemainderUseTheSameWalk) {
         for (int i = 0; i <= top; ++i)
             test::writeFileOfSize(folder + "/f" + std::to_string(i), 10'000 * (i + 1));
     }
+    test::makeFolders(dir / "top0/node_modules/pkg");
+    test::writeFileOfSize(dir / "top0/node_modules/pkg/index.js", 5'000);
     const DiskScanner scanner(test::settingsWithHome(dir / "home"));
     ScanCancellation cancellation;
     const auto full = scanner.scan(dir.path(), cancellation);
@@ -362,6 +369,14 @@ TEST(DiskScanner, SubtreeAndRemainderUseTheSameWalk) {
     EXPECT_EQ(findNode(completed->root(), dir / "top1")->bytes,
               findNode(full->root(), dir / "top1")->bytes);
     EXPECT_FALSE(completed->root().isPartial);
+    // What the kept child's nodes show is known again without walking it.
+    const std::map<std::string, int64_t> discovered{
+        {dir / "top0/node_modules", findNode(full->root(), dir / "top0/node_modules")->bytes},
+        {dir.path(), full->root().bytes + 1}};
+    EXPECT_EQ(completed->snapshot.discoveredDirectories, discovered);
+    // node_modules is measured as one block, so its pkg folder and file are not shown.
+    EXPECT_EQ(completed->snapshot.visitedFolderCount, full->snapshot.visitedFolderCount - 1);
+    EXPECT_EQ(completed->snapshot.visitedFileCount, full->snapshot.visitedFileCount - 1);
 }
 
 TEST(DiskScanner, WholeDiskScansAlsoEnterTheHomeFoldersDevice) {

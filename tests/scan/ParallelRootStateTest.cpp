@@ -31,15 +31,19 @@ TEST(ParallelRootState, CloseWaitsForADeliveryUnderWayAndNoneFollowsIt) {
     bool entered = false;
     bool release = false;
     std::atomic<int> deliveries{0};
-    ParallelRootState state("/r", 2, {}, [&](const DiskNode& root) {
-        EXPECT_TRUE(root.isPartial);
-        EXPECT_EQ(root.bytes, 7);
-        ++deliveries;
-        std::unique_lock lock(mutex);
-        entered = true;
-        changed.notify_all();
-        changed.wait(lock, [&] { return release; });
-    });
+    ScanCancellation cancellation;
+    ParallelRootState state(
+        "/r", 2, {},
+        [&](const DiskNode& root) {
+            EXPECT_TRUE(root.isPartial);
+            EXPECT_EQ(root.bytes, 7);
+            ++deliveries;
+            std::unique_lock lock(mutex);
+            entered = true;
+            changed.notify_all();
+            changed.wait(lock, [&] { return release; });
+        },
+        cancellation);
     ParallelRootState::Reporter reporter(state);
     reporter.setIndex(0);
     reporter.partial(folder("/r/a", 7));
@@ -69,8 +73,26 @@ TEST(ParallelRootState, CloseWaitsForADeliveryUnderWayAndNoneFollowsIt) {
     EXPECT_EQ(deliveries, 1);
 }
 
+TEST(ParallelRootState, AStoppedScanDeliversNoFurtherPartials) {
+    ScanCancellation cancellation;
+    std::atomic<int> deliveries{0};
+    ParallelRootState state(
+        "/r", 2, {}, [&](const DiskNode&) { ++deliveries; }, cancellation);
+    ParallelRootState::Reporter reporter(state);
+    cancellation.cancel();
+    reporter.setIndex(0);
+    reporter.partial(folder("/r/a", 7));
+    ParallelChildResult halfMeasured;
+    halfMeasured.node = folder("/r/b", 3);
+    halfMeasured.bytes = 3;
+    state.finish(1, std::move(halfMeasured));
+    state.close();
+    EXPECT_EQ(deliveries, 0);
+}
+
 TEST(ParallelRootState, FinishedChildrenFollowTheSeventeenChildRuleAtTheRoot) {
-    ParallelRootState state("/r", 19, {}, {});
+    ScanCancellation cancellation;
+    ParallelRootState state("/r", 19, {}, {}, cancellation);
     for (int i = 0; i < 19; ++i) {
         auto index = state.takeNext();
         ASSERT_TRUE(index.has_value());
