@@ -44,12 +44,16 @@ std::string Terminal::display(std::string_view text) {
                 i += length;
                 continue;
             }
-        } else if (byte >= 0x20 && byte != 0x7F) {
+        } else if (byte >= 0x20 && byte != 0x7F && byte != '\\') {
             out += static_cast<char>(byte);
             ++i;
             continue;
         }
-        if (byte == '\n') {
+        // A backslash is doubled so that a name holding "\\n" stays apart from one
+        // holding a newline.
+        if (byte == '\\') {
+            out += "\\\\";
+        } else if (byte == '\n') {
             out += "\\n";
         } else if (byte == '\t') {
             out += "\\t";

@@ -16,7 +16,8 @@ public:
     static int width(FILE* stream, int fallback = 100);
 
     // A name shown as text: control characters as \n, \t or \xHH, bytes that are not
-    // UTF-8 as \xHH, so a hostile name can neither break a line nor move the cursor.
+    // UTF-8 as \xHH and a backslash as \\, so a hostile name can neither break a line,
+    // move the cursor, nor pass for another name.
     static std::string display(std::string_view text);
     // Columns taken by display text (one per UTF-8 character; wide glyphs are rare in
     // names and are counted as one).

@@ -51,6 +51,7 @@ TEST(JsonWriter, PlacesCommasAcrossNestedContainers) {
 TEST(Terminal, DisplayTextCannotBreakLinesOrMoveTheCursor) {
     EXPECT_EQ(Terminal::display("a\nb\tc\x1b[2J\xff\xc2\x9b"), "a\\nb\\tc\\x1B[2J\\xFF\\xC2\\x9B");
     EXPECT_EQ(Terminal::display("\xc3\xa9t\xc3\xa9"), "\xc3\xa9t\xc3\xa9");
+    EXPECT_NE(Terminal::display("a\\nb"), Terminal::display("a\nb"));
     EXPECT_EQ(Terminal::columns("\xc3\xa9t\xc3\xa9"), 3u);
     EXPECT_EQ(Terminal::fit("abcdef", 4), "abc\u2026");
     EXPECT_EQ(Terminal::fit("abc", 4), "abc");
