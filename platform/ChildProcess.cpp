@@ -142,7 +142,14 @@ ChildProcessResult ChildProcess::run(const ChildProcessRequest& request) {
         ::kill(pid, number);
     };
     signalChild(SIGTERM);
-    if (waitUntil(pid, pidfd.get(), Clock::now() + request.grace, {}, status) != Wait::ended) {
+    const auto graceEnd = Clock::now() + request.grace;
+    if (waitUntil(pid, pidfd.get(), graceEnd, {}, status) == Wait::ended) {
+        // Helpers that ignore the request may outlive their leader; the group keeps its
+        // number while any of them lives, so it still names only them.
+        while (::kill(-pid, 0) == 0 && Clock::now() < graceEnd)
+            std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        ::kill(-pid, SIGKILL);
+    } else {
         signalChild(SIGKILL);
         // SIGKILL ends the child, but one stuck in the kernel (on a hung network file
         // system, say) goes only when that call returns. The caller is not held past the

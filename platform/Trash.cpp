@@ -43,9 +43,12 @@ std::string trashName(const std::string& name, int attempt) {
     const size_t room = maximumNameBytes - infoSuffix.size() - suffix.size();
     std::string base = name;
     if (base.size() > room) {
+        // A UTF-8 character is at most four bytes, so a cut steps back at most three;
+        // bytes that are not UTF-8 at all are simply cut at the room left.
         size_t cut = room;
-        while (cut > 0 && (static_cast<unsigned char>(base[cut]) & 0xC0) == 0x80)
+        while (cut > room - 3 && (static_cast<unsigned char>(base[cut]) & 0xC0) == 0x80)
             --cut;
+        if ((static_cast<unsigned char>(base[cut]) & 0xC0) == 0x80) cut = room;
         base.resize(cut);
     }
     return base + suffix;

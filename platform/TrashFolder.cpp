@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <cerrno>
 
 #include "platform/ErrorText.hpp"
@@ -119,6 +120,28 @@ std::optional<TrashFolder> openVolumeTrash(const std::string& topdir, uid_t uid,
     UniqueFd mine = openOwnedFolder(top.get(), own.c_str(), uid, problem);
     if (!mine) return std::nullopt;
     return openParts(joinPath(topdir, own), topdir, std::move(mine), problem);
+}
+
+bool isInsideTrash(std::string_view path) {
+    const std::string homeTrash = standardizePath(dataHome() + "/Trash");
+    if (isSameOrUnder(path, homeTrash) || isSameOrUnder(path, resolveSymlinks(homeTrash))) {
+        return true;
+    }
+    size_t start = 0;
+    while (start < path.size()) {
+        size_t end = path.find('/', start);
+        if (end == std::string_view::npos) end = path.size();
+        const std::string_view name = path.substr(start, end - start);
+        if (name == ".Trash") return true;
+        constexpr std::string_view volumePrefix = ".Trash-";
+        if (name.size() > volumePrefix.size() && name.starts_with(volumePrefix) &&
+            std::all_of(name.begin() + volumePrefix.size(), name.end(),
+                        [](char c) { return c >= '0' && c <= '9'; })) {
+            return true;
+        }
+        start = end + 1;
+    }
+    return false;
 }
 
 }  // namespace veldan::platform

@@ -11,6 +11,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "platform/UniqueFd.hpp"
 
@@ -36,5 +37,10 @@ std::optional<TrashFolder> openHomeTrash(std::string& problem);
 // folder owned by `uid`; missing ones are created with mode 700.
 std::optional<TrashFolder> openVolumeTrash(const std::string& topdir, uid_t uid,
                                            std::string& problem);
+
+// True when `path` (standardized) is a Trash folder or lies inside one: the home trash
+// (as written or resolved), or anything below a folder named ".Trash" or ".Trash-" and
+// digits. What the user already threw away is never offered for cleaning again.
+bool isInsideTrash(std::string_view path);
 
 }  // namespace veldan::platform

@@ -6,6 +6,7 @@
 #include "platform/FileStatus.hpp"
 #include "platform/Paths.hpp"
 #include "platform/Trash.hpp"
+#include "platform/TrashFolder.hpp"
 #include "platform/UserFolders.hpp"
 #include "platform/Uuid.hpp"
 #include "recommendations/ToolCommand.hpp"
@@ -170,7 +171,8 @@ CleanupItemResult CleanupExecutor::trash(const Recommendation& recommendation,
         };
         const std::string name(platform::lastPathComponent(path));
         const std::string parent = platform::parentPath(path);
-        if (name != expectedName || path == "/" || path == home || direct(path) != path) {
+        if (name != expectedName || path == "/" || path == home || direct(path) != path ||
+            platform::isInsideTrash(path)) {
             refuse("Unexpected folder");
             continue;
         }

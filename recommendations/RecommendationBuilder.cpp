@@ -8,6 +8,7 @@
 
 #include "platform/FileStatus.hpp"
 #include "platform/Paths.hpp"
+#include "platform/TrashFolder.hpp"
 #include "platform/UserFolders.hpp"
 #include "recommendations/RecommendationCommands.hpp"
 
@@ -264,8 +265,11 @@ std::vector<Recommendation> RecommendationBuilder::build(const std::string& scan
                                                          const ScanSnapshot& snapshot) {
     const std::string root = platform::standardizePath(scanRoot);
     std::vector<Recommendation> out;
-    const BuildContext context{snapshot.discoveredDirectories,
-                               platform::standardizePath(platform::homeFolder()), out};
+    Sizes sizes;
+    for (const auto& [path, bytes] : snapshot.discoveredDirectories) {
+        if (!platform::isInsideTrash(path)) sizes.emplace(path, bytes);
+    }
+    const BuildContext context{sizes, platform::standardizePath(platform::homeFolder()), out};
     const bool coversHome =
         root == "/" || root == context.home || platform::isStrictlyUnder(context.home, root);
 

@@ -160,6 +160,25 @@ TEST(ChildProcess, AToolThatHonoursTerminateEndsWithoutWaitingForTheGrace) {
     EXPECT_LT(std::chrono::steady_clock::now() - start, 3s);
 }
 
+TEST(ChildProcess, HelpersThatOutliveTheirLeaderEndAfterTheGrace) {
+    Output output;
+    const std::string pids = output.dir / "pids";
+    ChildProcessRequest request;
+    request.executable = script(
+        output.dir, "leader",
+        "sh -c \"trap '' TERM; exec sleep 30\" &\necho $! > '" + pids + "'\nexec sleep 30\n");
+    request.outputFd = output.fd.get();
+    request.timeLimit = 300ms;
+    request.grace = 300ms;
+    EXPECT_EQ(ChildProcess::run(request).ending, ChildProcessResult::Ending::timedOut);
+    pid_t helper = 0;
+    std::istringstream(test::readFile(pids)) >> helper;
+    ASSERT_GT(helper, 0);
+    for (int i = 0; i < 100 && !processGone(helper); ++i)
+        std::this_thread::sleep_for(10ms);
+    EXPECT_TRUE(processGone(helper)) << "a helper ignoring SIGTERM outlived the time limit";
+}
+
 TEST(ChildProcess, AStopRequestEndsTheChildEarly) {
     test::TempDir dir;
     ChildProcessRequest request;

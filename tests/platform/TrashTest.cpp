@@ -169,6 +169,13 @@ TEST(HomeTrash, ShortensAVeryLongNameInsideTheTrashButKeepsItWholeInPath) {
     EXPECT_EQ(test::percentDecode(test::trashInfoValue(trash.info(stored), "Path")), item);
     ASSERT_EQ(test::trashRestore(item).exitCode, 0);
     EXPECT_EQ(test::readFile(item), "long");
+
+    // A long name with no UTF-8 in it at all is cut where the room ends.
+    const std::string bytes = dir / std::string(250, '\x80');
+    test::writeFile(bytes, "bytes");
+    const auto cut = Trash::moveItem(bytes);
+    ASSERT_TRUE(cut.moved) << cut.reason;
+    EXPECT_EQ(platform::lastPathComponent(cut.trashedPath), std::string(245, '\x80'));
 }
 
 TEST(HomeTrash, RefusesAnItemThatIsNotTheExpectedOneAndLeavesNoInfoFile) {

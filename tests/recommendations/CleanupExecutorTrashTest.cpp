@@ -199,6 +199,16 @@ TEST_F(TrashCleanup, AFolderWithAnotherNameOrWithoutRecordedIdentityStays) {
     EXPECT_TRUE(test::exists(dir / "a/package.json"));
 }
 
+TEST_F(TrashCleanup, AFolderInsideATrashIsAnUnexpectedFolder) {
+    auto recommendation = next({"a"});
+    const std::string trashed = project(".Trash-0/files/b");
+    recommendation.paths.push_back(trashed);
+    recommendation.folderIdentities = RecommendationBuilder::folderIdentities(recommendation.paths);
+    const auto result = run(recommendation);
+    expectOnlyFailure(result, trashed, "Unexpected folder");
+    expectInPlace(".Trash-0/files/b");
+}
+
 TEST_F(TrashCleanup, ARefusalOfTheTrashIsTheFolderReason) {
     const auto recommendation = next({"a"});
     // The data folder is a file, so the home Trash cannot be made.

@@ -145,6 +145,21 @@ TEST_F(Builder, NextOutputIsSafeOnlyBesideAPackageJsonAndNeverInsideGeneratedTre
     EXPECT_EQ(built[1].command, "xdg-open '" + lib + "/.next'");
 }
 
+TEST_F(Builder, WhatIsAlreadyInATrashIsNeverOfferedAgain) {
+    test::TempDir dir;
+    const std::string trashed = home.dataHome() + "/Trash/files/app";
+    const std::string volumeTrashed = dir / ".Trash-0/files/app";
+    for (const auto& project : {trashed, volumeTrashed}) {
+        test::makeFolders(project);
+        test::writeFile(project + "/package.json", "{}");
+    }
+    EXPECT_TRUE(buildHome({{trashed + "/.next", large}}).empty());
+    EXPECT_TRUE(
+        RecommendationBuilder::build(dir.path(), snapshotOf(folders({{volumeTrashed + "/.next", 5},
+                                                                     {dir / ".Trash/x/.next", 5}})))
+            .empty());
+}
+
 TEST_F(Builder, SwiftBuildFoldersCountOneFolderInTheSingular) {
     test::TempDir dir;
     for (const char* name : {"a", "b"}) {
