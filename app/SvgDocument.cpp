@@ -12,8 +12,22 @@ SvgDocument::SvgDocument(double width, double height, std::string_view fontFamil
     out_ += "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n";
     out_ += "<svg xmlns=\"http://www.w3.org/2000/svg\" version=\"1.1\" width=\"" + number(width) +
             "\" height=\"" + number(height) + "\" viewBox=\"0 0 " + number(width) + " " +
-            number(height) + "\" font-family=\"" + SvgText::escape(fontFamily) + "\">\n";
+            number(height) + "\" font-family=\"" + SvgText::escape(fontFamily) +
+            "\" xml:space=\"preserve\">\n";
 }
+
+namespace {
+
+// A scale factor with more digits than a coordinate needs, in the same locale-free way.
+std::string scale(double factor) {
+    char text[64];
+    const auto result =
+        std::to_chars(text, text + sizeof text, std::isfinite(factor) ? factor : 0.0,
+                      std::chars_format::fixed, 6);
+    return std::string(text, result.ptr);
+}
+
+}  // namespace
 
 std::string SvgDocument::number(double value) {
     if (!std::isfinite(value)) return "0";
@@ -86,7 +100,7 @@ void SvgDocument::icon(std::string_view data, double gridSize, double x, double 
                        const std::string& fill, double opacity) {
     if (data.empty() || !(gridSize > 0)) return;
     out_ += "<path transform=\"translate(" + number(x) + " " + number(y) + ") scale(" +
-            std::to_string(size / gridSize) + ")\" fill=\"" + fill + "\" fill-rule=\"evenodd\"";
+            scale(size / gridSize) + ")\" fill=\"" + fill + "\" fill-rule=\"evenodd\"";
     if (opacity < 1) out_ += " fill-opacity=\"" + number(opacity) + "\"";
     out_ += " d=\"";
     out_ += data;

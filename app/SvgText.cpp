@@ -12,6 +12,12 @@ bool allowedInLabel(char32_t c) {
     // Tabs and line breaks are legal XML but would break a one-line label; C1 controls
     // are legal but invisible.
     if (c < 0x20 || (c >= 0x7F && c <= 0x9F)) return false;
+    // Direction marks, embeddings, overrides and isolates reorder what is drawn, so a
+    // name could show as another ("x" U+202E "gpj.exe" reads "xexe.jpg").
+    if (c == 0x061C || c == 0x200E || c == 0x200F || (c >= 0x202A && c <= 0x202E) ||
+        (c >= 0x2066 && c <= 0x2069)) {
+        return false;
+    }
     return c != 0xFFFE && c != 0xFFFF;
 }
 
