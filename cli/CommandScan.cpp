@@ -2,8 +2,13 @@
 
 #include "cli/Interrupt.hpp"
 #include "cli/ProgressLine.hpp"
+#include "platform/Paths.hpp"
 
 namespace veldan::cli {
+
+std::string commandRoot(const std::string& path) {
+    return platform::resolveSymlinks(platform::absolutePath(path));
+}
 
 std::shared_ptr<const ScanOutcome> scanForCommand(const std::string& root, ScanJobOptions job) {
     ScanCancellation cancellation;

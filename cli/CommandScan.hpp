@@ -12,6 +12,10 @@
 
 namespace veldan::cli {
 
+// The folder a command works on: absolute, with symbolic links resolved, so that what it
+// measures, saves and cleans is named by the path that the checks before a move see.
+std::string commandRoot(const std::string& path);
+
 // `job.progress`, when set, is called besides the progress line.
 std::shared_ptr<const ScanOutcome> scanForCommand(const std::string& root, ScanJobOptions job);
 

@@ -8,6 +8,7 @@
 
 #include "app/ScanJob.hpp"
 #include "cli/CommandRegistry.hpp"
+#include "cli/CommandScan.hpp"
 #include "cli/Confirmation.hpp"
 #include "cli/DuplicatesJson.hpp"
 #include "cli/DuplicatesText.hpp"
@@ -19,7 +20,6 @@
 #include "duplicates/DuplicateScanner.hpp"
 #include "duplicates/DuplicateSelection.hpp"
 #include "duplicates/DuplicateTrashExecutor.hpp"
-#include "platform/Paths.hpp"
 #include "scan/DiskScanner.hpp"
 
 namespace veldan::cli {
@@ -95,7 +95,7 @@ int finish(std::ostream& out) {
 int runDuplicates(const DuplicatesOptions& options) {
     // Paths are kept resolved, so the move's check that no folder of a path has become a
     // link holds for every copy found.
-    const std::string root = platform::resolveSymlinks(platform::absolutePath(options.path));
+    const std::string root = commandRoot(options.path);
     if (auto problem = DiskScanner::rootProblem(root)) {
         std::cerr << "veldan: " << Terminal::display(*problem) << '\n';
         return exitFailure;

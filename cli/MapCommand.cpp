@@ -153,7 +153,7 @@ int runMap(const MapOptions& options) {
         if (file->empty()) continue;
         if (auto problem = outputProblem(*file)) return fail(*problem);
     }
-    const std::string root = platform::absolutePath(options.path);
+    const std::string root = commandRoot(options.path);
     if (auto problem = DiskScanner::rootProblem(root)) return fail(*problem);
 
     const auto outcome = scanForCommand(root, {});

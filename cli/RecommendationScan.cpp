@@ -36,7 +36,7 @@ std::optional<ScanSnapshot> snapshotOf(const std::string& root, bool fromSavedMa
 
 std::variant<ScannedRecommendations, int> scanForRecommendations(
     const std::string& path, const std::vector<std::string>& ids, bool fromSavedMap) {
-    const std::string root = platform::absolutePath(path);
+    const std::string root = commandRoot(path);
     int status = exitFailure;
     auto snapshot = snapshotOf(root, fromSavedMap, status);
     if (!snapshot) return status;

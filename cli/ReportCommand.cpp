@@ -17,8 +17,8 @@
 #include "cache/ScanReportBuilder.hpp"
 #include "cache/ScanSessionCache.hpp"
 #include "cli/CommandRegistry.hpp"
-#include "cli/SavedMap.hpp"
 #include "cli/CommandScan.hpp"
+#include "cli/SavedMap.hpp"
 #include "cli/Terminal.hpp"
 #include "platform/AtomicFile.hpp"
 #include "platform/LocaleFormat.hpp"
@@ -154,7 +154,7 @@ int reportFresh(const std::string& root, const ReportOptions& options,
 }
 
 int runReport(const ReportOptions& options) {
-    const std::string root = platform::absolutePath(options.path);
+    const std::string root = commandRoot(options.path);
     if (auto problem = DiskScanner::rootProblem(root)) {
         std::cerr << "veldan: " << Terminal::display(*problem) << '\n';
         return exitFailure;

@@ -26,7 +26,7 @@ struct ScanOptions {
 };
 
 int runScan(const ScanOptions& options) {
-    const std::string root = platform::absolutePath(options.path);
+    const std::string root = commandRoot(options.path);
     if (auto problem = DiskScanner::rootProblem(root)) {
         std::cerr << "veldan: " << Terminal::display(*problem) << '\n';
         return exitFailure;

@@ -6,6 +6,7 @@
 
 #include "cache/ScanCache.hpp"
 #include "cli/CommandRegistry.hpp"
+#include "cli/CommandScan.hpp"
 #include "cli/SavedMap.hpp"
 #include "cli/ScanReportText.hpp"
 #include "cli/SnapshotJson.hpp"
@@ -26,7 +27,7 @@ struct ShowOptions {
 };
 
 int runShow(const ShowOptions& options) {
-    const std::string root = platform::absolutePath(options.path);
+    const std::string root = commandRoot(options.path);
     auto snapshot = loadSavedMap(root);
     if (!snapshot) return exitFailure;
     const bool needsRefresh = ScanCache::shared().needsRefresh(*snapshot, root);
