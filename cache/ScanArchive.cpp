@@ -184,12 +184,15 @@ private:
             excludedRefs.push_back(sibling != siblings.end() ? sibling->second
                                                              : writer_.string(excludedPath));
         }
-        const std::array<Ref, nodeKeys.size()> values = {
-            pathRef,                         writer_.string(node.name),
-            writer_.integer(node.bytes),     writer_.string(title(node.category)),
-            writer_.array(childRefs),        writer_.boolean(node.isDirectory),
-            writer_.boolean(node.isSummary), writer_.boolean(node.isPartial),
-            writer_.array(excludedRefs)};
+        const std::array<Ref, nodeKeys.size()> values = {pathRef,
+                                                         writer_.string(node.name),
+                                                         writer_.integer(node.bytes),
+                                                         writer_.string(title(node.category)),
+                                                         writer_.array(childRefs),
+                                                         writer_.boolean(node.isDirectory),
+                                                         writer_.boolean(node.isSummary),
+                                                         writer_.boolean(node.isPartial),
+                                                         writer_.array(excludedRefs)};
         return writer_.dictionary(nodeKeyRefs_, values);
     }
 

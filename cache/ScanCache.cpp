@@ -134,7 +134,7 @@ ScanCache::SaveOutcome ScanCache::write(const ScanSnapshot& snapshot, const std:
             result = ScanArchive::write(scopePath, *identity, snapshot, maximumFileBytes, sink);
             return result == platform::PropertyListWriter::WriteResult::written;
         },
-        platform::Durability::regenerable);
+        platform::Durability::regenerable, platform::LinkAtPath::replace);
     if (result == platform::PropertyListWriter::WriteResult::tooLarge) return SaveOutcome::tooLarge;
     return failure ? SaveOutcome::writeFailed : SaveOutcome::saved;
 }

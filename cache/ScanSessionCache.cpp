@@ -13,10 +13,17 @@ namespace {
 
 // Veldan's own folders: what it writes there (saved maps, preferences, its activity
 // record) is not a change of the user's files.
+// Both as written and resolved: events name the resolved paths of the watched tree, and a
+// home folder reached through a link is common.
 std::vector<std::string> ownFolders() {
-    return {platform::joinPath(platform::cacheHome(), "Veldan"),
-            platform::joinPath(platform::stateHome(), "Veldan"),
-            platform::joinPath(platform::configHome(), "Veldan")};
+    std::vector<std::string> folders;
+    for (const auto& base :
+         {platform::cacheHome(), platform::stateHome(), platform::configHome()}) {
+        folders.push_back(platform::joinPath(base, "Veldan"));
+        std::string resolved = platform::joinPath(platform::resolveSymlinks(base), "Veldan");
+        if (resolved != folders.back()) folders.push_back(std::move(resolved));
+    }
+    return folders;
 }
 
 bool related(const std::string& a, const std::string& b) {

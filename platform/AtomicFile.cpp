@@ -35,22 +35,25 @@ int writeAll(int fd, std::string_view contents) {
 }  // namespace
 
 std::optional<std::string> writeFileAtomically(const std::string& path, std::string_view contents,
-                                               Durability durability) {
+                                               Durability durability, LinkAtPath links) {
     return writeFileAtomically(
-        path, [&](const ContentSink& write) { return write(contents); }, durability);
+        path, [&](const ContentSink& write) { return write(contents); }, durability, links);
 }
 
 std::optional<std::string> writeFileAtomically(
     const std::string& path, const std::function<bool(const ContentSink&)>& produce,
-    Durability durability) {
+    Durability durability, LinkAtPath links) {
     std::string target = absolutePath(path);
     struct stat status {};
-    if (::lstat(target.c_str(), &status) == 0 && S_ISLNK(status.st_mode)) {
+    const bool isLink = ::lstat(target.c_str(), &status) == 0 && S_ISLNK(status.st_mode);
+    if (isLink && links == LinkAtPath::follow) {
         // Renaming over the link would replace the link itself, not the file it names.
         target = resolveSymlinks(target);
     }
     std::optional<mode_t> keptMode;
-    if (::lstat(target.c_str(), &status) == 0) {
+    if (isLink && links == LinkAtPath::replace) {
+        // The rename replaces the link itself; the file it names is never touched.
+    } else if (::lstat(target.c_str(), &status) == 0) {
         if (S_ISDIR(status.st_mode)) return reason(EISDIR);
         if (!S_ISREG(status.st_mode)) return std::string("Not a regular file");
         keptMode = status.st_mode & 07777;

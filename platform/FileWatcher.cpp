@@ -6,6 +6,7 @@
 #include <sys/eventfd.h>
 #include <sys/inotify.h>
 #include <sys/stat.h>
+#include <sys/vfs.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -43,6 +44,28 @@ bool vanished(int error) {
     return error == ENOENT || error == ENOTDIR || error == ELOOP;
 }
 
+// inotify reports only what this machine's kernel does: on network and user-space file
+// systems changes made elsewhere never arrive, so such a tree cannot be watched whole.
+bool reportsEveryChange(const std::string& path) {
+    struct statfs info {};
+    if (::statfs(path.c_str(), &info) != 0) return true;  // gone: the walk will say so
+    constexpr unsigned long remote[] = {
+        0x6969,      // NFS
+        0x517B,      // SMB
+        0xFF534D42,  // CIFS
+        0xFE534D42,  // SMB2
+        0x65735546,  // FUSE (sshfs, cloud drives, ...)
+        0x01021997,  // 9P
+        0x00C36400,  // Ceph
+        0x5346414F,  // AFS
+        0x6B414653,  // kAFS
+        0x47504653,  // GPFS
+        0x0BD00BD0,  // Lustre
+    };
+    const auto type = static_cast<unsigned long>(info.f_type);
+    return std::find(std::begin(remote), std::end(remote), type) == std::end(remote);
+}
+
 }  // namespace
 
 size_t FileWatcher::defaultWatchBudget() {
@@ -78,6 +101,7 @@ FileWatcher::FileWatcher(std::vector<std::string> roots, FileWatchOptions option
         return;
     }
     for (const auto& root : roots_) {
+        if (!reportsEveryChange(root.path)) gap_.store(WatchGap::unavailable);
         if (!complete()) break;
         watchTree(root.path, root.device);
     }

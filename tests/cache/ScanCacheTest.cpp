@@ -141,6 +141,13 @@ TEST_F(ScanCacheTest, IgnoresLinksAndFoldersInPlaceOfTheFile) {
     ASSERT_EQ(::unlink(file().c_str()), 0);
     test::makeSymlink(dir / "elsewhere.plist", file());
     EXPECT_FALSE(cache.load(scope));
+    // Saving replaces the link and never writes through it.
+    test::writeFile(dir / "precious.txt", "precious");
+    ASSERT_EQ(::unlink(file().c_str()), 0);
+    test::makeSymlink(dir / "precious.txt", file());
+    EXPECT_EQ(cache.saveNow(snapshot, scope), ScanCache::SaveOutcome::saved);
+    EXPECT_EQ(test::readFile(dir / "precious.txt"), "precious");
+    EXPECT_TRUE(cache.load(scope));
     ASSERT_EQ(::unlink(file().c_str()), 0);
     test::makeFolders(file());
     EXPECT_FALSE(cache.load(scope));

@@ -164,6 +164,19 @@ TEST_F(ScanSessionCacheTest, IgnoresItsOwnWritesInTheScannedHome) {
     EXPECT_FALSE(scanReuses(home.home()));
 }
 
+TEST_F(ScanSessionCacheTest, IgnoresItsOwnWritesThroughALinkedCacheFolder) {
+    test::makeFolders(home / "real-cache");
+    test::makeFolders(home.configHome());
+    test::makeSymlink(home / "real-cache", home / "linked-cache");
+    test::ScopedEnvironment environment;
+    environment.set("XDG_CACHE_HOME", home / "linked-cache");
+    EXPECT_FALSE(scanReuses(home.home()));
+    ScanCache saved;
+    ASSERT_EQ(saved.saveNow(*last, home.home()), ScanCache::SaveOutcome::saved);
+    ASSERT_TRUE(test::exists(home / "real-cache/Veldan"));
+    EXPECT_TRUE(scanReuses(home.home()));
+}
+
 TEST_F(ScanSessionCacheTest, ReportsTheFlushedGenerationOfItsFolderOnly) {
     EXPECT_FALSE(cache.flushedGeneration(root));
     scanReuses();
