@@ -13,16 +13,16 @@ DuplicateCollectWork::DuplicateCollectWork(std::string root, size_t workers,
       fileCounts_(workers, 0),
       lastProgress_(platform::uptimeSeconds()),
       workerResults_(workers) {
-    queued_.push_back(std::move(root));
+    queued_.push_back({std::move(root), std::nullopt});
 }
 
-std::optional<std::string> DuplicateCollectWork::takeDirectory(
+std::optional<DuplicateDirectory> DuplicateCollectWork::takeDirectory(
     const ScanCancellation& cancellation) {
     std::unique_lock guard(lock_);
     for (;;) {
         if (cancellation.cancelled()) return std::nullopt;
         if (!queued_.empty()) {
-            std::string directory = std::move(queued_.back());
+            DuplicateDirectory directory = std::move(queued_.back());
             queued_.pop_back();
             ++activeWorkers_;
             return directory;
@@ -32,11 +32,11 @@ std::optional<std::string> DuplicateCollectWork::takeDirectory(
     }
 }
 
-bool DuplicateCollectWork::offerDirectory(std::string& path) {
+bool DuplicateCollectWork::offerDirectory(DuplicateDirectory& directory) {
     {
         std::lock_guard guard(lock_);
         if (queued_.size() >= sharedQueueLimit) return false;
-        queued_.push_back(std::move(path));
+        queued_.push_back(std::move(directory));
     }
     condition_.notify_one();
     return true;

@@ -20,6 +20,7 @@
 #include <vector>
 
 #include "duplicates/DuplicateCollectResult.hpp"
+#include "duplicates/DuplicateDirectory.hpp"
 #include "duplicates/DuplicateScanPhase.hpp"
 #include "scan/ScanCancellation.hpp"
 
@@ -34,10 +35,10 @@ public:
 
     // Waits for a directory; nothing once every directory is done or the search is
     // cancelled. A returned directory counts as being worked on until directoryDone().
-    std::optional<std::string> takeDirectory(const ScanCancellation& cancellation);
-    // Queues `path` for any worker and returns true, or returns false (leaving `path`
+    std::optional<DuplicateDirectory> takeDirectory(const ScanCancellation& cancellation);
+    // Queues `directory` for any worker and returns true, or returns false (leaving it
     // untouched) when the shared queue is full and the caller must keep it.
-    bool offerDirectory(std::string& path);
+    bool offerDirectory(DuplicateDirectory& directory);
     // The caller's directory and everything on its own stack are done.
     void directoryDone();
 
@@ -57,7 +58,7 @@ private:
     std::mutex lock_;
     std::condition_variable condition_;
     DuplicateScanProgress progress_;
-    std::vector<std::string> queued_;
+    std::vector<DuplicateDirectory> queued_;
     size_t activeWorkers_ = 0;
     std::unordered_set<DuplicateIdentity, DuplicateIdentityHash> seenDirectories_;
     std::unordered_set<DuplicateIdentity, DuplicateIdentityHash> seenHardlinkedFiles_;

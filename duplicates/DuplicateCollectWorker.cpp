@@ -43,9 +43,9 @@ void DuplicateCollectWorker::run() {
                 stack_.clear();
                 break;
             }
-            std::string path = std::move(stack_.back());
+            DuplicateDirectory next = std::move(stack_.back());
             stack_.pop_back();
-            listDirectory(std::move(path));
+            listDirectory(std::move(next));
             work_.report(index_, result_.filesVisited, false);
             if (afterListing_) afterListing_();
         }
@@ -55,20 +55,24 @@ void DuplicateCollectWorker::run() {
     work_.finishWorker(std::move(result_), index_);
 }
 
-void DuplicateCollectWorker::listDirectory(std::string path) {
+void DuplicateCollectWorker::listDirectory(DuplicateDirectory directory) {
+    const std::string& path = directory.path;
     int error = 0;
-    const auto status =
-        platform::statAt(AT_FDCWD, path.c_str(), false, error, platform::StatDetail::sizes);
-    if (!status) {
-        ++result_.unreadable;
-        return;
+    if (!directory.identity) {
+        const auto status =
+            platform::statAt(AT_FDCWD, path.c_str(), false, error, platform::StatDetail::sizes);
+        if (!status) {
+            ++result_.unreadable;
+            return;
+        }
+        if (!rules_.allowsDevice(status->device)) return;
+        if (!status->isDirectory()) {
+            ++result_.unreadable;
+            return;
+        }
+        directory.identity = DuplicateIdentity{status->device, status->inode};
     }
-    if (!rules_.allowsDevice(status->device)) return;
-    if (!status->isDirectory()) {
-        ++result_.unreadable;
-        return;
-    }
-    const DuplicateIdentity identity{status->device, status->inode};
+    const DuplicateIdentity identity = *directory.identity;
     if (!work_.claimDirectory(identity)) return;
     // No link is followed even if one was swapped in since the status was taken, and the
     // folder listed must be the one that was claimed.
@@ -103,9 +107,10 @@ void DuplicateCollectWorker::handleEntry(int directoryFd, const std::string& dir
     if (!rules_.allowsDevice(status->device)) return;
     const std::string_view name(entry.name, entry.length);
     if (status->isDirectory()) {
-        std::string path = platform::joinPath(directory, name);
-        if (rules_.skipsDirectory(path, name, directoryFd)) return;
-        if (!work_.offerDirectory(path)) stack_.push_back(std::move(path));
+        DuplicateDirectory folder{platform::joinPath(directory, name),
+                                  DuplicateIdentity{status->device, status->inode}};
+        if (rules_.skipsDirectory(folder.path, name, directoryFd)) return;
+        if (!work_.offerDirectory(folder)) stack_.push_back(std::move(folder));
         return;
     }
     if (!status->isRegularFile()) return;

@@ -33,7 +33,7 @@ public:
     void run();
 
 private:
-    void listDirectory(std::string path);
+    void listDirectory(DuplicateDirectory directory);
     void handleEntry(int directoryFd, const std::string& directory,
                      const platform::DirectoryEntryView& entry);
     void maybeReport();
@@ -44,7 +44,7 @@ private:
     const ScanCancellation& cancellation_;
     const std::function<void()>& afterListing_;
     DuplicateCollectResult result_;
-    std::vector<std::string> stack_;
+    std::vector<DuplicateDirectory> stack_;
     std::vector<char> listing_;
     int entriesSinceClock_ = 0;
     double lastClock_ = 0;

@@ -41,8 +41,10 @@ std::string lowercaseAscii(std::string_view text) {
     return out;
 }
 
+// Resolved, as the collected paths are: the walk starts from a resolved folder and never
+// follows a link, so a home reached through one ("/home" -> "/var/home") must match too.
 std::string homePath() {
-    return platform::standardizePath(platform::homeFolder());
+    return platform::resolveSymlinks(platform::homeFolder());
 }
 
 // Components as the platform's URLs count them: the leading "/" of an absolute path is one.

@@ -56,7 +56,8 @@ bool DuplicateWalkRules::isSkippedPackage(std::string_view lowercaseExtension) {
 DuplicateWalkRules::DuplicateWalkRules(const std::string& root, uint64_t rootDevice)
     : rootScan_(root == "/"), devices_{rootDevice} {
     if (rootScan_) {
-        if (auto home = platform::statPath(platform::homeFolder(), false)) {
+        // Followed: a home folder reached through a link lives on its target's device.
+        if (auto home = platform::statPath(platform::homeFolder(), true)) {
             if (!allowsDevice(home->device)) devices_.push_back(home->device);
         }
     }

@@ -237,6 +237,30 @@ TEST_F(DuplicateScannerTest, NeverFollowsSymbolicLinks) {
     EXPECT_EQ(result->filesVisited, 2);
 }
 
+TEST_F(DuplicateScannerTest, AFolderSwappedForALinkAfterItsListingLeadsNowhere) {
+    // The scanned folder lives in "tree"; once it is listed, "tree" is swapped for a link
+    // to an outside tree with folders of the same names.
+    test::TempDir outside;
+    for (const char* folder : {"d1", "d2"}) {
+        test::makeFolders(outside / folder);
+        writeFileOfSize(outside / folder + "/f", megabyte, 30);
+    }
+    write("tree/d1/a", megabyte, 31);
+    write("tree/d2/b", megabyte, 32);
+    const std::string root = path("tree");
+    DuplicateScanSeams seams;
+    std::atomic<int> listed = 0;
+    seams.afterListing = [&] {
+        if (++listed != 1) return;
+        ASSERT_EQ(::rename(root.c_str(), path("moved").c_str()), 0);
+        test::makeSymlink(outside.path(), root);
+    };
+    const auto result = DuplicateScanner({}, seams).scan(root, cancellation_);
+    ASSERT_TRUE(result);
+    EXPECT_TRUE(result->groups.empty()) << "the outside copies were read";
+    EXPECT_EQ(result->filesVisited, 0);
+}
+
 TEST_F(DuplicateScannerTest, OrdersFilesInFinderOrderAndEqualGroupsById) {
     write("file10", megabyte, 17);
     write("file2", megabyte, 17);

@@ -3,7 +3,9 @@
 #include <gtest/gtest.h>
 
 #include "tests/duplicates/DuplicateTestSupport.hpp"
+#include "tests/support/Files.hpp"
 #include "tests/support/IsolatedHome.hpp"
+#include "tests/support/TempDir.hpp"
 
 namespace veldan {
 namespace {
@@ -70,6 +72,19 @@ TEST_F(DuplicateSelectionTest, WholeDiskScansOnlyMoveCopiesInsideHome) {
     EXPECT_EQ(reason("/var/lib/a.bin"),
               "Only copies inside the selected folder can be moved to Trash.");
     EXPECT_EQ(reason(in("Movies/a.mov")), std::nullopt);
+}
+
+TEST_F(DuplicateSelectionTest, AHomeReachedThroughALinkIsStillHome) {
+    // The walk reports resolved paths; HOME names the link.
+    test::TempDir links;
+    test::makeSymlink(home_.home(), links / "home");
+    test::ScopedEnvironment environment;
+    environment.set("HOME", links / "home");
+    scope_ = "/";
+    EXPECT_EQ(reason(in("Movies/a.mov")), std::nullopt);
+    EXPECT_EQ(reason(in("Library/a.bin")), "Files in your Library stay in Finder.");
+    const std::string documents = in("Documents/a.bin");
+    EXPECT_EQ(score(documents), 180 - depth(documents));
 }
 
 TEST_F(DuplicateSelectionTest, ChosenFoldersOutsideTheSystemLocationsAreTheUsers) {
