@@ -2,16 +2,20 @@
 // How a map picture is drawn: the palette variant and whether the scan it shows has
 // finished (summary tiles explain themselves differently while it runs).
 
+#include <optional>
 #include <string>
 #include <string_view>
 
 #include "app/MapPalette.hpp"
+#include "scan/DiskNode.hpp"
+#include "scan/OpaqueFolderPolicy.hpp"
 
 namespace veldan {
 
 struct MapPictureStyle {
     bool dark = false;
     bool scanFinished = true;
+    std::string emptyText = std::string(emptyFolderText);  // shown when there are no tiles
 
     // Faces viewers usually have first; DejaVu Sans, whose widths the labels are measured
     // with, last before the generic family.
@@ -19,6 +23,14 @@ struct MapPictureStyle {
         "-apple-system, 'Segoe UI', 'Helvetica Neue', Arial, 'DejaVu Sans', sans-serif";
 
     static constexpr std::string_view emptyFolderText = "Nothing to map in this folder";
+    static constexpr std::string_view wholeFolderText =
+        "Measured as a whole; map this folder by itself to see inside it.";
+
+    // What an empty map says: nothing is there, or the folder was measured as one block
+    // (the explanation of its kind when it is a generated or internal folder).
+    static std::string emptyTextFor(const DiskNode& folder);
+    // The kind of a folder tile measured as one block; empty for every other tile.
+    static std::optional<OpaqueFolderPolicy::Kind> opaqueKind(const DiskNode& node);
 
     MapPalette palette() const { return MapPalette{dark}; }
 

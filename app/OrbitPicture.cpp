@@ -314,8 +314,7 @@ std::string OrbitPicture::svg(const DiskNode& folder, const std::vector<OrbitIte
         if (items.empty()) {
             svg.text(
                 {list.x, list.y + list.height / 2, listTextSize, false, painter.textColor, 0.6},
-                LabelFit::fitted(MapPictureStyle::emptyFolderText, list.width, listTextSize,
-                                 false));
+                LabelFit::fitted(painter.style.emptyText, list.width, listTextSize, false));
         } else {
             drawList(painter, folder, items, list);
         }

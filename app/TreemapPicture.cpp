@@ -131,7 +131,8 @@ void drawTile(Painter& painter, const MapTile& tile) {
     const MapRect drawn = drawnFrame(tile.frame);
     if (drawn.width <= 0 || drawn.height <= 0) return;
     const DiskNode& node = *tile.node;
-    const auto content = TileContent::of(tile, painter.style.scanFinished);
+    const auto content =
+        TileContent::of(tile, painter.style.scanFinished, MapPictureStyle::opaqueKind(node));
     const double radius = cornerRadius(drawn, tile.level);
     painter.svg.rect(drawn, radius, painter.style.palette().fill(node.category).hex());
 
@@ -160,8 +161,7 @@ std::string TreemapPicture::svg(const std::vector<MapTile>& tiles, double width,
     Painter painter{svg, style, palette.text().hex()};
     svg.rect({0, 0, width, height}, 0, palette.background().hex());
     if (tiles.empty()) {
-        const std::string message =
-            LabelFit::fitted(MapPictureStyle::emptyFolderText, width - 16, 15, false);
+        const std::string message = LabelFit::fitted(style.emptyText, width - 16, 15, false);
         svg.text({width / 2, height / 2, 15, false, painter.textColor, 0.6, "middle"}, message);
     }
     for (const auto& tile : tiles)

@@ -176,6 +176,7 @@ int runMap(const MapOptions& options) {
 
     MapPictureStyle style;
     style.dark = options.dark;
+    style.emptyText = MapPictureStyle::emptyTextFor(*shown);
     const double width = size->width;
     const double height = size->height;
     Json json;
@@ -190,12 +191,16 @@ int runMap(const MapOptions& options) {
         svg = TreemapPicture::svg(tiles, width, height, style);
     }
 
+    // Drawn before anything is written, so a picture that cannot be drawn leaves no file.
+    std::optional<std::string> png;
+    if (!options.pngFile.empty()) {
+        png = platform::renderSvgToPng(svg, size->width, size->height);
+        if (!png) return fail("The picture could not be drawn as PNG.");
+    }
     if (!options.svgFile.empty()) {
         if (int status = writePicture(options.svgFile, svg)) return status;
     }
-    if (!options.pngFile.empty()) {
-        const auto png = platform::renderSvgToPng(svg, size->width, size->height);
-        if (!png) return fail("The picture could not be drawn as PNG.");
+    if (png) {
         if (int status = writePicture(options.pngFile, *png)) return status;
     }
     if (options.json) {

@@ -122,6 +122,8 @@ int reportFresh(const std::string& root, const ReportOptions& options,
         std::unique_lock lock(mutex);
         latestPartial = partialRoot;
     };
+    // Read first: a stopped scan's report says what was free when it started.
+    const auto volumeAtStart = VolumeSpace::read(root);
     const auto outcome = scanForCommand(root, job);
     const SavedMapFlush flush;
 
@@ -145,9 +147,8 @@ int reportFresh(const std::string& root, const ReportOptions& options,
         partialRoot.isDirectory = true;
         partialRoot.isPartial = true;
     }
-    const std::string report =
-        ScanReportBuilder::buildPartial(root, partialRoot, VolumeSpace::read(root), {}, folders,
-                                        files, false, styleFor(destination));
+    const std::string report = ScanReportBuilder::buildPartial(
+        root, partialRoot, volumeAtStart, {}, folders, files, false, styleFor(destination));
     std::cerr << "Scan stopped before it finished; the report covers what was measured.\n";
     const int written = writeReport(destination, ScanReportBuilder::partialFileName, report);
     return written == exitSuccess ? exitInterrupted : written;

@@ -6,7 +6,8 @@
 
 namespace veldan {
 
-TileContent TileContent::of(const MapTile& tile, bool scanFinished) {
+TileContent TileContent::of(const MapTile& tile, bool scanFinished,
+                            std::optional<OpaqueFolderPolicy::Kind> opaque) {
     const DiskNode& node = *tile.node;
     TileContent content;
     content.title = node.name;
@@ -30,6 +31,9 @@ TileContent TileContent::of(const MapTile& tile, bool scanFinished) {
     }
     if (node.isDirectory) {
         content.helpText = "Opens this folder in the map. Use the context menu to inspect details.";
+        if (opaque && node.children.empty()) {
+            content.shortLabel = std::string(OpaqueFolderPolicy::label(*opaque));
+        }
     }
     return content;
 }

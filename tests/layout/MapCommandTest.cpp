@@ -179,6 +179,20 @@ TEST_F(MapCommand, AnEmptyFolderStillGivesAPicture) {
     EXPECT_NE(test::readFile(dir / "out/empty.svg").find("Nothing to map in this folder"),
               std::string::npos);
     EXPECT_TRUE(test::exists(dir / "out/empty.png"));
+
+    // A folder measured as one block is not empty: the picture says why it has no tiles,
+    // and its tile in the parent's map carries the label of its kind.
+    test::makeFolders(dir / "app/node_modules/pkg");
+    test::writeFile(dir / "app/package.json", "{}");
+    test::writeFileOfSize(dir / "app/node_modules/pkg/index.js", 50'000);
+    const auto block = map({dir / "app", "--folder", "node_modules", "--svg", dir / "out/nm.svg"});
+    ASSERT_EQ(block.exitCode, 0) << block.err;
+    EXPECT_NE(test::readFile(dir / "out/nm.svg")
+                  .find("space without mapping every generated file inside it."),
+              std::string::npos);
+    ASSERT_EQ(map({dir / "app", "--svg", dir / "out/app.svg"}).exitCode, 0);
+    EXPECT_NE(test::readFile(dir / "out/app.svg").find("Dependencies, measured together"),
+              std::string::npos);
 }
 
 }  // namespace

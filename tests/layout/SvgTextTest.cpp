@@ -28,7 +28,7 @@ TEST(SvgText, InvalidBytesAndControlCharactersBecomeReplacementCharacters) {
     EXPECT_EQ(SvgText::clean("\xEF\xBF\xBE"), "\uFFFD");             // U+FFFE
     EXPECT_EQ(SvgText::clean("\xE2\x82"), "\uFFFD\uFFFD");           // truncated sequence
     EXPECT_EQ(SvgText::clean("Caf\xC3\xA9 日本 😀"), "Café 日本 😀");  // valid text stays
-    EXPECT_EQ(SvgText::clean("x\u202Egpj.exe"), "x\uFFFDgpj.exe");  // no reordering
+    EXPECT_EQ(SvgText::clean("x\u202Egpj.exe"), "x\uFFFDgpj.exe");   // no reordering
 }
 
 TEST(SvgText, MarkupCharactersAreEscaped) {

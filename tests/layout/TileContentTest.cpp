@@ -56,6 +56,14 @@ TEST(TileContent, FoldersOfferToOpenAndFilesHaveNoHelpText) {
               "Opens this folder in the map. Use the context menu to inspect details.");
     EXPECT_EQ(TileContent::of(tileOf(file, 50), true).helpText, "");
     EXPECT_EQ(TileContent::of(tileOf(file, 50), true).shortLabel, "");
+    EXPECT_EQ(TileContent::of(tileOf(folder, 50), true).shortLabel, "");
+
+    // A folder measured as one block says so; one with its children mapped never does.
+    const auto block = test::folderNode("/m/node_modules", {});
+    const auto dependencies = OpaqueFolderPolicy::Kind::dependencies;
+    EXPECT_EQ(TileContent::of(tileOf(block, 50), true, dependencies).shortLabel,
+              "Dependencies, measured together");
+    EXPECT_EQ(TileContent::of(tileOf(folder, 50), true, dependencies).shortLabel, "");
 }
 
 }  // namespace
