@@ -5,6 +5,7 @@
 
 #include "platform/FileStatus.hpp"
 #include "platform/Paths.hpp"
+#include "platform/TrashFolder.hpp"
 #include "platform/UserFolders.hpp"
 
 namespace veldan {
@@ -24,16 +25,6 @@ bool hasSkippedExtension(std::string_view name) {
     if (dot == std::string_view::npos || dot == 0 || dot + 1 == name.size()) return false;
     if (name.size() - dot - 1 > 13) return false;  // longer than any package extension
     return DuplicateWalkRules::isSkippedPackage(platform::pathExtension(name));
-}
-
-// The freedesktop.org Trash layout keeps a volume's trash in ".Trash-" followed by a user
-// id at the volume's top folder; it holds what the user already threw away, as ".Trash"
-// does. A folder of that name anywhere else is the user's own.
-bool isVolumeTrashName(std::string_view name) {
-    constexpr std::string_view prefix = ".Trash-";
-    if (name.size() <= prefix.size() || name.substr(0, prefix.size()) != prefix) return false;
-    return std::all_of(name.begin() + prefix.size(), name.end(),
-                       [](char c) { return c >= '0' && c <= '9'; });
 }
 
 // The folder open as `fd` (at `path`) is the top of a mounted file system: it is "/", or
@@ -62,12 +53,8 @@ DuplicateWalkRules::DuplicateWalkRules(const std::string& root, uint64_t rootDev
         }
     }
     // The home trash of the freedesktop.org Trash layout lives in the data folder rather
-    // than in a folder named ".Trash"; both its written and its resolved path are matched,
-    // since walked paths are built from the root as given.
-    const std::string homeTrash = platform::standardizePath(platform::dataHome() + "/Trash");
-    trashFolders_.push_back(homeTrash);
-    const std::string resolved = platform::resolveSymlinks(homeTrash);
-    if (resolved != homeTrash) trashFolders_.push_back(resolved);
+    // than in a folder named ".Trash".
+    trashFolders_ = platform::homeTrashPaths();
 }
 
 bool DuplicateWalkRules::allowsDevice(uint64_t device) const {
@@ -78,7 +65,9 @@ bool DuplicateWalkRules::skipsDirectory(std::string_view path, std::string_view 
                                         int parentFd) const {
     if (rootScan_ && (path == "/System/Volumes" || path == "/Volumes")) return true;
     if (name == ".Trash") return true;
-    if (isVolumeTrashName(name)) {
+    // A volume's trash sits at the volume's top folder; that name anywhere else is the
+    // user's own folder.
+    if (platform::isVolumeTrashName(name)) {
         const auto slash = path.rfind('/');
         const std::string_view parent = slash == 0 ? "/" : path.substr(0, slash);
         if (isMountTop(parent, parentFd)) return true;

@@ -122,24 +122,26 @@ std::optional<TrashFolder> openVolumeTrash(const std::string& topdir, uid_t uid,
     return openParts(joinPath(topdir, own), topdir, std::move(mine), problem);
 }
 
-bool isInsideTrash(std::string_view path) {
-    const std::string homeTrash = standardizePath(dataHome() + "/Trash");
-    if (isSameOrUnder(path, homeTrash) || isSameOrUnder(path, resolveSymlinks(homeTrash))) {
-        return true;
+std::vector<std::string> homeTrashPaths() {
+    std::vector<std::string> paths{standardizePath(dataHome() + "/Trash")};
+    std::string resolved = resolveSymlinks(paths.front());
+    if (resolved != paths.front()) paths.push_back(std::move(resolved));
+    return paths;
+}
+
+bool isVolumeTrashName(std::string_view name) {
+    constexpr std::string_view prefix = ".Trash-";
+    return name.size() > prefix.size() && name.starts_with(prefix) &&
+           std::all_of(name.begin() + prefix.size(), name.end(),
+                       [](char c) { return c >= '0' && c <= '9'; });
+}
+
+bool isInsideTrash(std::string_view path, const std::vector<std::string>& homeTrashes) {
+    for (const auto& trash : homeTrashes) {
+        if (isSameOrUnder(path, trash)) return true;
     }
-    size_t start = 0;
-    while (start < path.size()) {
-        size_t end = path.find('/', start);
-        if (end == std::string_view::npos) end = path.size();
-        const std::string_view name = path.substr(start, end - start);
-        if (name == ".Trash") return true;
-        constexpr std::string_view volumePrefix = ".Trash-";
-        if (name.size() > volumePrefix.size() && name.starts_with(volumePrefix) &&
-            std::all_of(name.begin() + volumePrefix.size(), name.end(),
-                        [](char c) { return c >= '0' && c <= '9'; })) {
-            return true;
-        }
-        start = end + 1;
+    for (const auto name : pathComponents(path)) {
+        if (name == ".Trash" || isVolumeTrashName(name)) return true;
     }
     return false;
 }

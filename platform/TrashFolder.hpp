@@ -12,6 +12,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "platform/UniqueFd.hpp"
 
@@ -38,9 +39,16 @@ std::optional<TrashFolder> openHomeTrash(std::string& problem);
 std::optional<TrashFolder> openVolumeTrash(const std::string& topdir, uid_t uid,
                                            std::string& problem);
 
-// True when `path` (standardized) is a Trash folder or lies inside one: the home trash
-// (as written or resolved), or anything below a folder named ".Trash" or ".Trash-" and
-// digits. What the user already threw away is never offered for cleaning again.
-bool isInsideTrash(std::string_view path);
+// The home trash, $XDG_DATA_HOME/Trash, as written and (when different) resolved: walked
+// paths may name it either way.
+std::vector<std::string> homeTrashPaths();
+
+// A volume's trash folder name: ".Trash-" followed by a user id.
+bool isVolumeTrashName(std::string_view name);
+
+// True when `path` (standardized) is a Trash folder or lies inside one: one of
+// `homeTrashes` (from homeTrashPaths()), or anything below a folder named ".Trash" or a
+// volume's trash name. What the user already threw away is never offered for cleaning.
+bool isInsideTrash(std::string_view path, const std::vector<std::string>& homeTrashes);
 
 }  // namespace veldan::platform

@@ -164,6 +164,7 @@ CleanupItemResult CleanupExecutor::trash(const Recommendation& recommendation,
     CleanupItemResult result = itemResult(recommendation, {});
     result.totalFolders = static_cast<int64_t>(recommendation.paths.size());
     const std::string& home = settings_.home;
+    const auto homeTrashes = platform::homeTrashPaths();
     for (const auto& original : recommendation.paths) {
         const std::string path = platform::standardizePath(original);
         auto refuse = [&](std::string reason) {
@@ -172,7 +173,7 @@ CleanupItemResult CleanupExecutor::trash(const Recommendation& recommendation,
         const std::string name(platform::lastPathComponent(path));
         const std::string parent = platform::parentPath(path);
         if (name != expectedName || path == "/" || path == home || direct(path) != path ||
-            platform::isInsideTrash(path)) {
+            platform::isInsideTrash(path, homeTrashes)) {
             refuse("Unexpected folder");
             continue;
         }

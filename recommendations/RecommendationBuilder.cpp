@@ -266,8 +266,9 @@ std::vector<Recommendation> RecommendationBuilder::build(const std::string& scan
     const std::string root = platform::standardizePath(scanRoot);
     std::vector<Recommendation> out;
     Sizes sizes;
+    const auto homeTrashes = platform::homeTrashPaths();
     for (const auto& [path, bytes] : snapshot.discoveredDirectories) {
-        if (!platform::isInsideTrash(path)) sizes.emplace(path, bytes);
+        if (!platform::isInsideTrash(path, homeTrashes)) sizes.emplace(path, bytes);
     }
     const BuildContext context{sizes, platform::standardizePath(platform::homeFolder()), out};
     const bool coversHome =
