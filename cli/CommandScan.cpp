@@ -1,13 +1,23 @@
 #include "cli/CommandScan.hpp"
 
+#include <iostream>
+
 #include "cli/Interrupt.hpp"
 #include "cli/ProgressLine.hpp"
+#include "cli/Terminal.hpp"
 #include "platform/Paths.hpp"
+#include "scan/DiskScanner.hpp"
 
 namespace veldan::cli {
 
 std::string commandRoot(const std::string& path) {
     return platform::resolveSymlinks(platform::absolutePath(path));
+}
+
+bool reportRootProblem(const std::string& root) {
+    const auto problem = DiskScanner::rootProblem(root);
+    if (problem) std::cerr << "veldan: " << Terminal::display(*problem) << '\n';
+    return problem.has_value();
 }
 
 std::shared_ptr<const ScanOutcome> scanForCommand(const std::string& root, ScanJobOptions job) {

@@ -16,6 +16,10 @@ namespace veldan::cli {
 // measures, saves and cleans is named by the path that the checks before a move see.
 std::string commandRoot(const std::string& path);
 
+// True, after printing why as one sentence, when `root` cannot be scanned (missing, not
+// a folder, unreadable).
+bool reportRootProblem(const std::string& root);
+
 // `job.progress`, when set, is called besides the progress line.
 std::shared_ptr<const ScanOutcome> scanForCommand(const std::string& root, ScanJobOptions job);
 

@@ -96,10 +96,7 @@ int runDuplicates(const DuplicatesOptions& options) {
     // Paths are kept resolved, so the move's check that no folder of a path has become a
     // link holds for every copy found.
     const std::string root = commandRoot(options.path);
-    if (auto problem = DiskScanner::rootProblem(root)) {
-        std::cerr << "veldan: " << Terminal::display(*problem) << '\n';
-        return exitFailure;
-    }
+    if (reportRootProblem(root)) return exitFailure;
     if (options.trash && !options.yes &&
         !(Terminal::isTerminal(stdin) && Terminal::isTerminal(stderr))) {
         std::cerr << "veldan: Moving copies to Trash needs a confirmation on a terminal; add --yes "

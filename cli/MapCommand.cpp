@@ -154,7 +154,7 @@ int runMap(const MapOptions& options) {
         if (auto problem = outputProblem(*file)) return fail(*problem);
     }
     const std::string root = commandRoot(options.path);
-    if (auto problem = DiskScanner::rootProblem(root)) return fail(*problem);
+    if (reportRootProblem(root)) return exitFailure;
 
     const auto outcome = scanForCommand(root, {});
     if (!outcome) {

@@ -19,10 +19,7 @@ namespace {
 std::optional<ScanSnapshot> snapshotOf(const std::string& root, bool fromSavedMap, int& status) {
     status = exitFailure;
     if (fromSavedMap) return loadSavedMap(root);
-    if (auto problem = DiskScanner::rootProblem(root)) {
-        std::cerr << "veldan: " << Terminal::display(*problem) << '\n';
-        return std::nullopt;
-    }
+    if (reportRootProblem(root)) return std::nullopt;
     const auto outcome = scanForCommand(root, {});
     if (!outcome) {
         std::cerr << "Scan stopped before it finished; nothing was changed.\n";

@@ -156,10 +156,7 @@ int reportFresh(const std::string& root, const ReportOptions& options,
 
 int runReport(const ReportOptions& options) {
     const std::string root = commandRoot(options.path);
-    if (auto problem = DiskScanner::rootProblem(root)) {
-        std::cerr << "veldan: " << Terminal::display(*problem) << '\n';
-        return exitFailure;
-    }
+    if (reportRootProblem(root)) return exitFailure;
     auto destination = destinationFor(options.output);
     if (!destination) return exitFailure;
     return options.saved ? reportSaved(root, *destination)

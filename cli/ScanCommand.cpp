@@ -27,10 +27,7 @@ struct ScanOptions {
 
 int runScan(const ScanOptions& options) {
     const std::string root = commandRoot(options.path);
-    if (auto problem = DiskScanner::rootProblem(root)) {
-        std::cerr << "veldan: " << Terminal::display(*problem) << '\n';
-        return exitFailure;
-    }
+    if (reportRootProblem(root)) return exitFailure;
     ScanJobOptions job;
     job.useSavedMaps = !options.noCache;
     const auto outcome = scanForCommand(root, job);
