@@ -11,6 +11,7 @@
 #include "platform/TrashFolder.hpp"
 #include "platform/UserFolders.hpp"
 #include "recommendations/RecommendationCommands.hpp"
+#include "scan/SaturatingAdd.hpp"
 
 namespace veldan {
 
@@ -18,17 +19,10 @@ namespace {
 
 using Sizes = std::map<std::string, int64_t>;
 
-int64_t addSaturating(int64_t total, int64_t bytes) {
-    if (bytes > 0 && total > std::numeric_limits<int64_t>::max() - bytes) {
-        return std::numeric_limits<int64_t>::max();
-    }
-    return total + bytes;
-}
-
 int64_t sum(const Sizes& sizes) {
     int64_t total = 0;
     for (const auto& [path, bytes] : sizes)
-        total = addSaturating(total, bytes);
+        total = saturatingAdd(total, bytes);
     return total;
 }
 

@@ -1,18 +1,14 @@
 #include "scan/KeptChildren.hpp"
 
 #include <algorithm>
-#include <limits>
 #include <set>
 #include <utility>
+
+#include "scan/SaturatingAdd.hpp"
 
 namespace veldan {
 
 namespace {
-
-int64_t saturatingAdd(int64_t a, int64_t b) {
-    int64_t sum = 0;
-    return __builtin_add_overflow(a, b, &sum) ? std::numeric_limits<int64_t>::max() : sum;
-}
 
 std::vector<DiskNode> ordered(std::vector<DiskNode> children, bool anythingHidden, int64_t hidden,
                               std::string_view parentPath, DiskCategory parentCategory) {

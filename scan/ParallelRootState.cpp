@@ -1,20 +1,15 @@
 #include "scan/ParallelRootState.hpp"
 
-#include <limits>
 #include <numeric>
 
 #include "platform/Paths.hpp"
 #include "platform/Uptime.hpp"
+#include "scan/SaturatingAdd.hpp"
 #include "scan/ScanProgressThrottle.hpp"
 
 namespace veldan {
 
 namespace {
-
-int64_t saturatingAdd(int64_t a, int64_t b) {
-    int64_t sum = 0;
-    return __builtin_add_overflow(a, b, &sum) ? std::numeric_limits<int64_t>::max() : sum;
-}
 
 int64_t saturatingSum(const std::vector<int64_t>& values) {
     return std::accumulate(values.begin(), values.end(), int64_t{0}, saturatingAdd);

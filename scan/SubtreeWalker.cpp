@@ -3,7 +3,6 @@
 #include <fcntl.h>
 
 #include <algorithm>
-#include <limits>
 #include <utility>
 
 #include "platform/CloneAttributes.hpp"
@@ -12,16 +11,12 @@
 #include "scan/ClonedFileSpace.hpp"
 #include "scan/EntryOrder.hpp"
 #include "scan/OpaqueFolderPolicy.hpp"
+#include "scan/SaturatingAdd.hpp"
 #include "scan/ScanIssueReason.hpp"
 
 namespace veldan {
 
 namespace {
-
-int64_t saturatingAdd(int64_t a, int64_t b) {
-    int64_t sum = 0;
-    return __builtin_add_overflow(a, b, &sum) ? std::numeric_limits<int64_t>::max() : sum;
-}
 
 bool isPhotoLibrary(const std::string& extension) {
     return extension == "photoslibrary" || extension == "photolibrary" || extension == "aplibrary";
