@@ -47,6 +47,24 @@ bool processGone(pid_t pid) {
     }
 }
 
+// Waits a moment for a killed process to go, as its reaping may lag behind.
+bool goneSoon(pid_t pid) {
+    for (int i = 0; i < 100 && !processGone(pid); ++i)
+        std::this_thread::sleep_for(10ms);
+    return processGone(pid);
+}
+
+// Runs a tool expected to overrun `limit`; answers how long the run took.
+std::chrono::steady_clock::duration runPastLimit(ChildProcessRequest request,
+                                                 std::chrono::milliseconds grace = 300ms,
+                                                 std::chrono::milliseconds limit = 300ms) {
+    request.timeLimit = limit;
+    request.grace = grace;
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_EQ(ChildProcess::run(request).ending, ChildProcessResult::Ending::timedOut);
+    return std::chrono::steady_clock::now() - start;
+}
+
 }  // namespace
 
 TEST(ChildProcess, PassesArgumentsVerbatimAndGivesExactlyTheEnvironment) {
@@ -98,12 +116,7 @@ TEST(ChildProcess, EndsAToolThatIgnoresTerminateWithSigkillOfItsWholeGroup) {
         script(output.dir, "stubborn",
                "trap '' TERM\nsleep 30 &\necho $$ $! > '" + pids + "'\nwait\nwait\n");
     request.outputFd = output.fd.get();
-    request.timeLimit = 300ms;
-    request.grace = 300ms;
-    const auto start = std::chrono::steady_clock::now();
-    const auto result = ChildProcess::run(request);
-    const auto took = std::chrono::steady_clock::now() - start;
-    EXPECT_EQ(result.ending, ChildProcessResult::Ending::timedOut);
+    const auto took = runPastLimit(request);
     EXPECT_GE(took, 600ms);
     EXPECT_LT(took, 5s);
     std::istringstream ids(test::readFile(pids));
@@ -111,9 +124,7 @@ TEST(ChildProcess, EndsAToolThatIgnoresTerminateWithSigkillOfItsWholeGroup) {
     ids >> shell >> sleeper;
     ASSERT_GT(sleeper, 0);
     EXPECT_TRUE(processGone(shell));
-    for (int i = 0; i < 100 && !processGone(sleeper); ++i)
-        std::this_thread::sleep_for(10ms);
-    EXPECT_TRUE(processGone(sleeper)) << "the tool's own child was killed with it";
+    EXPECT_TRUE(goneSoon(sleeper)) << "the tool's own child was killed with it";
 }
 
 TEST(ChildProcess, EndsAToolThatLeftItsProcessGroup) {
@@ -134,13 +145,7 @@ TEST(ChildProcess, EndsAToolThatLeftItsProcessGroup) {
     ::chmod(request.executable.c_str(), 0755);
     request.arguments = {ids};
     request.outputFd = output.fd.get();
-    request.timeLimit = 300ms;
-    request.grace = 300ms;
-    const auto start = std::chrono::steady_clock::now();
-    const auto result = ChildProcess::run(request);
-    const auto took = std::chrono::steady_clock::now() - start;
-    EXPECT_EQ(result.ending, ChildProcessResult::Ending::timedOut) << output.text();
-    EXPECT_LT(took, 5s);
+    EXPECT_LT(runPastLimit(request), 5s) << output.text();
     std::istringstream written(test::readFile(ids));
     pid_t child = 0, group = 0;
     written >> child >> group;
@@ -153,11 +158,7 @@ TEST(ChildProcess, AToolThatHonoursTerminateEndsWithoutWaitingForTheGrace) {
     test::TempDir dir;
     ChildProcessRequest request;
     request.executable = script(dir, "slow", "exec sleep 30\n");
-    request.timeLimit = 200ms;
-    request.grace = 10s;
-    const auto start = std::chrono::steady_clock::now();
-    EXPECT_EQ(ChildProcess::run(request).ending, ChildProcessResult::Ending::timedOut);
-    EXPECT_LT(std::chrono::steady_clock::now() - start, 3s);
+    EXPECT_LT(runPastLimit(request, 10s, 200ms), 3s);
 }
 
 TEST(ChildProcess, HelpersThatOutliveTheirLeaderEndAfterTheGrace) {
@@ -168,15 +169,11 @@ TEST(ChildProcess, HelpersThatOutliveTheirLeaderEndAfterTheGrace) {
         output.dir, "leader",
         "sh -c \"trap '' TERM; exec sleep 30\" &\necho $! > '" + pids + "'\nexec sleep 30\n");
     request.outputFd = output.fd.get();
-    request.timeLimit = 300ms;
-    request.grace = 300ms;
-    EXPECT_EQ(ChildProcess::run(request).ending, ChildProcessResult::Ending::timedOut);
+    runPastLimit(request);
     pid_t helper = 0;
     std::istringstream(test::readFile(pids)) >> helper;
     ASSERT_GT(helper, 0);
-    for (int i = 0; i < 100 && !processGone(helper); ++i)
-        std::this_thread::sleep_for(10ms);
-    EXPECT_TRUE(processGone(helper)) << "a helper ignoring SIGTERM outlived the time limit";
+    EXPECT_TRUE(goneSoon(helper)) << "a helper ignoring SIGTERM outlived the time limit";
 }
 
 TEST(ChildProcess, AStopRequestEndsTheChildEarly) {

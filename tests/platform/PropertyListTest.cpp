@@ -88,11 +88,11 @@ TEST(PropertyListWriter, WritesWhatLibplistReads) {
         plist_get_uint_val(plist_array_get_item(numbers, i), &value);
         EXPECT_EQ(static_cast<int64_t>(value), sample.numbers[i]) << i;
     }
-    uint8_t flag = 0;
-    plist_get_bool_val(plist_dict_get_item(root.get(), "yes"), &flag);
-    EXPECT_EQ(flag, 1);
-    plist_get_bool_val(plist_dict_get_item(root.get(), "no"), &flag);
-    EXPECT_EQ(flag, 0);
+    uint8_t yes = 0, no = 1;
+    plist_get_bool_val(plist_dict_get_item(root.get(), "yes"), &yes);
+    plist_get_bool_val(plist_dict_get_item(root.get(), "no"), &no);
+    EXPECT_EQ(yes, 1);
+    EXPECT_EQ(no, 0);
 
     int32_t seconds = 0;
     int32_t microseconds = 0;
@@ -268,15 +268,14 @@ TEST(PropertyListReader, RefusesMalformedDocuments) {
     EXPECT_FALSE(Reader::open(""));
     EXPECT_FALSE(Reader::open("bplist00"));
     EXPECT_FALSE(Reader::open("bplist01" + good.substr(8)));
-    std::string hugeCount = good;
-    hugeCount[good.size() - 32 + 8] = '\x7F';  // object count far beyond the file
-    EXPECT_FALSE(Reader::open(hugeCount));
-    std::string badRoot = good;
-    badRoot[good.size() - 9] = '\x7F';  // top object beyond the count
-    EXPECT_FALSE(Reader::open(badRoot));
-    std::string badWidth = good;
-    badWidth[good.size() - 32 + 6] = 0;
-    EXPECT_FALSE(Reader::open(badWidth));
+    const auto changed = [&](size_t at, char value) {
+        std::string document = good;
+        document[at] = value;
+        return document;
+    };
+    EXPECT_FALSE(Reader::open(changed(good.size() - 32 + 8, '\x7F')));  // count beyond the file
+    EXPECT_FALSE(Reader::open(changed(good.size() - 9, '\x7F')));  // top object beyond the count
+    EXPECT_FALSE(Reader::open(changed(good.size() - 32 + 6, 0)));  // offsets of no width
 }
 
 // Every prefix and every single-byte change of a valid document must be survivable.
