@@ -85,13 +85,5 @@ TEST_F(DuplicateGroupFilterCacheTest, SelectedCountCountsOnlyVisiblePaths) {
     EXPECT_EQ(cache_.selectedCount(selected), 3);
 }
 
-TEST(DuplicateFilterLabelsTest, MinimumChoicesHaveTheirLabels) {
-    EXPECT_EQ(DuplicateGroupFilterCache::minimumLabel(0), "All sizes");
-    EXPECT_EQ(DuplicateGroupFilterCache::minimumLabel(10'000'000), "10 MB+");
-    EXPECT_EQ(DuplicateGroupFilterCache::minimumLabel(100'000'000), "100 MB+");
-    EXPECT_EQ(DuplicateGroupFilterCache::minimumLabel(1'000'000'000), "1 GB+");
-    EXPECT_EQ(DuplicateGroupFilterCache::minimumLabel(5), "");
-}
-
 }  // namespace
 }  // namespace veldan

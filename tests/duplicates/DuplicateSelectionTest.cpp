@@ -31,46 +31,41 @@ protected:
     std::string scope_ = home_.home();
 };
 
+const std::string systemText = "System and app locations stay in Finder.";
+const std::string outsideText = "Only copies inside the selected folder can be moved to Trash.";
+const std::string libraryText = "Files in your Library stay in Finder.";
+const std::string packageText = "Files inside app or media packages stay in Finder.";
+const std::string libraryFolderText = "Files inside a Library folder stay in Finder.";
+const std::string hiddenText = "Hidden files and folders stay in Finder.";
+
 TEST_F(DuplicateSelectionTest, ReasonsFollowTheirOrderOfPrecedence) {
     EXPECT_EQ(reason(in("Pictures/a.jpg")), std::nullopt);
-    EXPECT_EQ(reason("/usr/share/a.bin"), "System and app locations stay in Finder.");
-    EXPECT_EQ(reason("/Library/a.bin"), "System and app locations stay in Finder.");
-    EXPECT_EQ(reason("/private"), "System and app locations stay in Finder.");
-    EXPECT_EQ(reason("/dev/shm/a.bin"), "System and app locations stay in Finder.");
-    EXPECT_EQ(reason("/usrlocal/a.bin"),
-              "Only copies inside the selected folder can be moved to Trash.");
-    EXPECT_EQ(reason("/srv/a.bin"),
-              "Only copies inside the selected folder can be moved to Trash.");
-    EXPECT_EQ(reason(home_.home()),
-              "Only copies inside the selected folder can be moved to Trash.");
-    EXPECT_EQ(reason(in("Library/Caches/a.bin")), "Files in your Library stay in Finder.");
-    EXPECT_EQ(reason(in("Tools/Thing.App/a.bin")),
-              "Files inside app or media packages stay in Finder.");
-    EXPECT_EQ(reason(in("Shots.photoslibrary")),
-              "Files inside app or media packages stay in Finder.");
-    EXPECT_EQ(reason(in("Work/Library/a.bin")), "Files inside a Library folder stay in Finder.");
+    EXPECT_EQ(reason("/usr/share/a.bin"), systemText);
+    EXPECT_EQ(reason("/private"), systemText);
+    EXPECT_EQ(reason("/dev/shm/a.bin"), systemText);
+    EXPECT_EQ(reason("/usrlocal/a.bin"), outsideText);
+    EXPECT_EQ(reason(home_.home()), outsideText);
+    EXPECT_EQ(reason(in("Library/Caches/a.bin")), libraryText);
+    EXPECT_EQ(reason(in("Tools/Thing.App/a.bin")), packageText);
+    EXPECT_EQ(reason(in("Shots.photoslibrary")), packageText);
+    EXPECT_EQ(reason(in("Work/Library/a.bin")), libraryFolderText);
     EXPECT_EQ(reason(in("Work/library/a.bin")), std::nullopt);
-    EXPECT_EQ(reason(in(".config/a.bin")), "Hidden files and folders stay in Finder.");
-    EXPECT_EQ(reason(in("Work/.a.bin")), "Hidden files and folders stay in Finder.");
+    EXPECT_EQ(reason(in(".config/a.bin")), hiddenText);
+    EXPECT_EQ(reason(in("Work/.a.bin")), hiddenText);
     // A package that is also hidden names the package rule, which comes first.
-    EXPECT_EQ(reason(in(".Old.app/a.bin")), "Files inside app or media packages stay in Finder.");
+    EXPECT_EQ(reason(in(".Old.app/a.bin")), packageText);
 }
 
 TEST_F(DuplicateSelectionTest, PathsAreStandardizedBeforeTheRulesApply) {
-    EXPECT_EQ(reason(in("Work/../.hidden/a.bin")), "Hidden files and folders stay in Finder.");
+    EXPECT_EQ(reason(in("Work/../.hidden/a.bin")), hiddenText);
     EXPECT_EQ(reason(in("Work/./a.bin")), std::nullopt);
-    EXPECT_EQ(reason(home_.home() + "/../elsewhere/a.bin"),
-              "Only copies inside the selected folder can be moved to Trash.");
+    EXPECT_EQ(reason(home_.home() + "/../elsewhere/a.bin"), outsideText);
 }
 
 TEST_F(DuplicateSelectionTest, WholeDiskScansOnlyMoveCopiesInsideHome) {
     scope_ = "/";
-    EXPECT_EQ(reason("/Users/Shared/a.bin"),
-              "Only copies inside the selected folder can be moved to Trash.");
-    EXPECT_EQ(reason("/etc/a.conf"),
-              "Only copies inside the selected folder can be moved to Trash.");
-    EXPECT_EQ(reason("/var/lib/a.bin"),
-              "Only copies inside the selected folder can be moved to Trash.");
+    EXPECT_EQ(reason("/Users/Shared/a.bin"), outsideText);
+    EXPECT_EQ(reason("/var/lib/a.bin"), outsideText);
     EXPECT_EQ(reason(in("Movies/a.mov")), std::nullopt);
 }
 
@@ -82,7 +77,7 @@ TEST_F(DuplicateSelectionTest, AHomeReachedThroughALinkIsStillHome) {
     environment.set("HOME", links / "home");
     scope_ = "/";
     EXPECT_EQ(reason(in("Movies/a.mov")), std::nullopt);
-    EXPECT_EQ(reason(in("Library/a.bin")), "Files in your Library stay in Finder.");
+    EXPECT_EQ(reason(in("Library/a.bin")), libraryText);
     const std::string documents = in("Documents/a.bin");
     EXPECT_EQ(score(documents), 180 - depth(documents));
 }
@@ -93,20 +88,19 @@ TEST_F(DuplicateSelectionTest, ChosenFoldersOutsideTheSystemLocationsAreTheUsers
     scope_ = "/var/home/someone";
     EXPECT_EQ(reason("/var/home/someone/Work/a.bin"), std::nullopt);
     scope_ = "/usr/local";
-    EXPECT_EQ(reason("/usr/local/a.bin"), "System and app locations stay in Finder.");
+    EXPECT_EQ(reason("/usr/local/a.bin"), systemText);
 }
 
 TEST_F(DuplicateSelectionTest, KeepScoreFavoursMediaFoldersAndDesktopAndPenalisesCopies) {
-    const std::string documents = in("Documents/a.bin");
-    EXPECT_EQ(score(documents), 180 - depth(documents));
-    const std::string desktop = in("Desktop/a.bin");
-    EXPECT_EQ(score(desktop), 145 - depth(desktop));
-    const std::string downloads = in("Downloads/a copy.bin");
-    EXPECT_EQ(score(downloads), 100 - 40 - 30 - depth(downloads));
-    const std::string plain = in("Work/Report (1).pdf");
-    EXPECT_EQ(score(plain), 70 - depth(plain));
-    const std::string duplicate = in("Music/DUPLICATE of copy.mp3");
-    EXPECT_EQ(score(duplicate), 180 - 30 - depth(duplicate));  // subtracted once
+    const std::vector<std::pair<std::string, int>> cases = {
+        {"Documents/a.bin", 180},
+        {"Desktop/a.bin", 145},
+        {"Downloads/a copy.bin", 100 - 40 - 30},
+        {"Work/Report (1).pdf", 70},
+        {"Music/DUPLICATE of copy.mp3", 180 - 30},  // subtracted once
+    };
+    for (const auto& [relative, base] : cases)
+        EXPECT_EQ(score(in(relative)), base - depth(in(relative))) << relative;
     EXPECT_EQ(score(in("Library/Caches/a.bin")), 1000);
 }
 
@@ -117,35 +111,27 @@ TEST_F(DuplicateSelectionTest, DeepPathsCountAtMostTwentyComponents) {
     EXPECT_EQ(score(deep + "/a.bin"), 100 - 20);
 }
 
-TEST_F(DuplicateSelectionTest, SmartSelectKeepsTheLibraryCopyAndSelectsTheEligibleOne) {
-    const auto group =
-        groupOf({fileRecord(in("Documents/a.bin")), fileRecord(in("Library/Caches/a.bin"))});
-    EXPECT_EQ(DuplicateSelection::smartSelect(group, scope_),
-              DuplicatePathSet{in("Documents/a.bin")});
-}
-
-TEST_F(DuplicateSelectionTest, SmartSelectKeepsTheCopyWithoutCopyInItsName) {
-    const auto group =
-        groupOf({fileRecord(in("Documents/a copy.bin")), fileRecord(in("Documents/a.bin"))});
-    EXPECT_EQ(DuplicateSelection::smartSelect(group, scope_),
-              DuplicatePathSet{in("Documents/a copy.bin")});
-}
-
-TEST_F(DuplicateSelectionTest, SmartSelectKeepsTheOlderCopyIgnoringNanoseconds) {
+TEST_F(DuplicateSelectionTest, SmartSelectKeepsTheBestScoredThenOldestThenFirstCopy) {
     auto older = fileRecord(in("Work/b.bin"), 1'000'000, 100);
     auto newer = fileRecord(in("Work/a.bin"), 1'000'000, 200);
-    EXPECT_EQ(DuplicateSelection::smartSelect(groupOf({newer, older}), scope_),
-              DuplicatePathSet{newer.path});
-    // Same second: nanoseconds do not count, Finder order decides.
-    newer.createdSeconds = 100;
-    newer.createdNanoseconds = 999;
-    EXPECT_EQ(DuplicateSelection::smartSelect(groupOf({older, newer}), scope_),
-              DuplicatePathSet{older.path});
-}
-
-TEST_F(DuplicateSelectionTest, SmartSelectBreaksFullTiesInFinderOrder) {
-    const auto group = groupOf({fileRecord(in("Work/a10.bin")), fileRecord(in("Work/a2.bin"))});
-    EXPECT_EQ(DuplicateSelection::smartSelect(group, scope_), DuplicatePathSet{in("Work/a10.bin")});
+    // Same second as `older`: nanoseconds do not count, Finder order decides.
+    auto sameSecond = newer;
+    sameSecond.createdSeconds = 100;
+    sameSecond.createdNanoseconds = 999;
+    const std::vector<std::pair<std::vector<DuplicateFile>, std::string>> cases = {
+        {{fileRecord(in("Documents/a.bin")), fileRecord(in("Library/Caches/a.bin"))},
+         in("Documents/a.bin")},
+        {{fileRecord(in("Documents/a copy.bin")), fileRecord(in("Documents/a.bin"))},
+         in("Documents/a copy.bin")},
+        {{newer, older}, newer.path},
+        {{older, sameSecond}, older.path},
+        {{fileRecord(in("Work/a10.bin")), fileRecord(in("Work/a2.bin"))}, in("Work/a10.bin")},
+    };
+    for (const auto& [files, selected] : cases) {
+        EXPECT_EQ(DuplicateSelection::smartSelect(groupOf(files), scope_),
+                  DuplicatePathSet{selected})
+            << selected;
+    }
 }
 
 TEST_F(DuplicateSelectionTest, SmartSelectNeverSelectsFinderOnlyCopiesOrEveryCopy) {

@@ -75,37 +75,9 @@ TEST_F(DuplicateTrashExecutorTest, MovesTheSelectedCopyIntoTheTrashAndReportsIt)
     EXPECT_EQ(progress_, (std::vector<std::pair<int64_t, int64_t>>{{1, 1}}));
 }
 
-TEST_F(DuplicateTrashExecutorTest, EveryCopySelectedByHandMovesNothing) {
-    write("a.bin");
-    write("b.bin");
-    const auto result = scan();
-    const auto report = run(result, {path("a.bin"), path("b.bin")});
-    EXPECT_EQ(details(report), (std::vector<std::string>{keepOneCopy, keepOneCopy}));
-    EXPECT_EQ(report.title(), "Some copies stayed put");
-    EXPECT_EQ(report.logicalBytesMoved, 0);
-    EXPECT_TRUE(test::exists(path("a.bin")));
-    EXPECT_TRUE(test::exists(path("b.bin")));
-    EXPECT_EQ(sinkCalls_, 0);
-    EXPECT_EQ(test::trashList(), "");
-}
-
-TEST_F(DuplicateTrashExecutorTest, FinderOnlyCopiesStayEvenWhenSelected) {
-    write("a.bin");
-    write(".hidden/a.bin");
-    write("App.app/a.bin", 2);
-    write("b.bin", 2);
-    const auto result = scan();
-    // Packages are never searched, so only the hidden copy can be selected by hand.
-    const auto report = run(result, {path(".hidden/a.bin")});
-    EXPECT_EQ(details(report),
-              std::vector<std::string>{"This location is outside Veldan\u2019s safe Trash scope."});
-    EXPECT_TRUE(test::exists(path(".hidden/a.bin")));
-}
-
 TEST_F(DuplicateTrashExecutorTest, SelectedCopyEditedAfterTheScanStays) {
-    write("a.bin");
-    write("b.bin");
-    write("c.bin");
+    for (const char* name : {"a.bin", "b.bin", "c.bin"})
+        write(name);
     const auto result = scan();
     test::changeByteAt(path("b.bin"), 100);
     test::setModifiedTime(path("c.bin"), 1'000'000'000);  // same bytes, other identity
@@ -116,27 +88,22 @@ TEST_F(DuplicateTrashExecutorTest, SelectedCopyEditedAfterTheScanStays) {
     EXPECT_TRUE(test::exists(path("c.bin")));
 }
 
-TEST_F(DuplicateTrashExecutorTest, EditedKeeperWithoutAnotherCopyKeepsTheSelectedOne) {
-    write("a.bin");
-    write("b.bin");
+TEST_F(DuplicateTrashExecutorTest, AnEditedKeeperNeedsAnotherUnchangedCopyToStandIn) {
+    for (const char* name : {"two/a.bin", "two/b.bin"})
+        write(name, 1);
+    for (const char* name : {"three/a.bin", "three/b.bin", "three/c.bin"})
+        write(name, 2);
     const auto result = scan();
-    test::changeByteAt(path("a.bin"), 100);
-    const auto report = run(result, {path("b.bin")});
+    test::changeByteAt(path("two/a.bin"), 100);
+    test::changeByteAt(path("three/a.bin"), 100);
+    // The group of three holds more extra bytes, so it comes first.
+    const auto report = run(result, {path("two/b.bin"), path("three/b.bin")});
     EXPECT_EQ(details(report),
-              std::vector<std::string>{"No unchanged verified copy remains. Scan again."});
-    EXPECT_TRUE(test::exists(path("b.bin")));
-}
-
-TEST_F(DuplicateTrashExecutorTest, AnotherUnchangedCopyCanStandInForAnEditedKeeper) {
-    write("a.bin");
-    write("b.bin");
-    write("c.bin");
-    const auto result = scan();
-    test::changeByteAt(path("a.bin"), 100);
-    const auto report = run(result, {path("b.bin")});
-    EXPECT_EQ(details(report), std::vector<std::string>{"Moved to Trash"});
-    EXPECT_FALSE(test::exists(path("b.bin")));
-    EXPECT_TRUE(test::exists(path("c.bin")));
+              (std::vector<std::string>{"Moved to Trash",
+                                        "No unchanged verified copy remains. Scan again."}));
+    EXPECT_TRUE(test::exists(path("two/b.bin")));
+    EXPECT_FALSE(test::exists(path("three/b.bin")));
+    EXPECT_TRUE(test::exists(path("three/c.bin")));
 }
 
 TEST_F(DuplicateTrashExecutorTest, ParentFolderSwappedForALinkKeepsTheCopy) {
@@ -158,18 +125,23 @@ TEST_F(DuplicateTrashExecutorTest, ChecksFollowTheirOrderOfPrecedence) {
     const auto result = scan();
     test::changeByteAt(path(".hidden/b.bin"), 5);
     // Every copy selected comes before the location, which comes before the content.
-    EXPECT_EQ(details(run(result, {path("a.bin"), path(".hidden/b.bin")})),
-              (std::vector<std::string>{keepOneCopy, keepOneCopy}));
+    const auto everyCopy = run(result, {path("a.bin"), path(".hidden/b.bin")});
+    EXPECT_EQ(details(everyCopy), (std::vector<std::string>{keepOneCopy, keepOneCopy}));
+    EXPECT_EQ(everyCopy.title(), "Some copies stayed put");
+    EXPECT_EQ(everyCopy.logicalBytesMoved, 0);
     EXPECT_EQ(details(run(result, {path(".hidden/b.bin")})),
               std::vector<std::string>{"This location is outside Veldan\u2019s safe Trash scope."});
+    EXPECT_TRUE(test::exists(path("a.bin")));
+    EXPECT_TRUE(test::exists(path(".hidden/b.bin")));
+    EXPECT_EQ(sinkCalls_, 0);
+    EXPECT_EQ(test::trashList(), "");
 }
 
 TEST_F(DuplicateTrashExecutorTest, WalksGroupsInOrderAndReportsProgressPerFile) {
-    write("big/a.bin", 1);
-    write("big/b.bin", 1);
-    write("big/c.bin", 1);
-    write("other/a.bin", 2);
-    write("other/b.bin", 2);
+    for (const char* name : {"big/a.bin", "big/b.bin", "big/c.bin"})
+        write(name, 1);
+    for (const char* name : {"other/a.bin", "other/b.bin"})
+        write(name, 2);
     const auto result = scan();
     ASSERT_EQ(result.groups.size(), 2u);
     const auto report = run(

@@ -6,8 +6,10 @@ namespace veldan {
 
 namespace {
 
+using Sharing = ClonedFileSpace::Sharing;
+
 struct FakeQuery {
-    std::optional<ClonedFileSpace::Sharing> answer;
+    std::optional<Sharing> answer;
     int calls = 0;
     ClonedFileSpace::Query query() {
         return [this](const std::string&) {
@@ -20,33 +22,32 @@ struct FakeQuery {
 }  // namespace
 
 TEST(ClonedFileSpace, SmallFilesAreNeverQueried) {
-    FakeQuery fake{ClonedFileSpace::Sharing{0, 7, 2}};
+    FakeQuery fake{Sharing{0, 7, 2}};
     EXPECT_EQ(ClonedFileSpace::diskShare("/f", 65'535, fake.query()), 65'535);
     EXPECT_EQ(fake.calls, 0);
     EXPECT_EQ(ClonedFileSpace::diskShare("/f", 65'536, fake.query()), 32'768);
     EXPECT_EQ(fake.calls, 1);
 }
 
-TEST(ClonedFileSpace, SharedBlocksAreSplitAmongLiveClones) {
-    FakeQuery twoClones{ClonedFileSpace::Sharing{0, 7, 2}};
-    EXPECT_EQ(ClonedFileSpace::diskShare("/f", 10'000'000, twoClones.query()), 5'000'000);
-
-    FakeQuery fourClones{ClonedFileSpace::Sharing{2 << 20, 7, 4}};
-    EXPECT_EQ(ClonedFileSpace::diskShare("/f", 10 << 20, fourClones.query()), 4 << 20);
-
-    FakeQuery uneven{ClonedFileSpace::Sharing{1, 7, 3}};
-    EXPECT_EQ(ClonedFileSpace::diskShare("/f", 100'001, uneven.query()), 1 + 100'000 / 3);
-}
-
-TEST(ClonedFileSpace, FullSizeWithoutLiveClonesPrivateBlocksOrAnAnswer) {
-    FakeQuery none0{ClonedFileSpace::Sharing{0, 7, 0}};
-    EXPECT_EQ(ClonedFileSpace::diskShare("/f", 1'000'000, none0.query()), 1'000'000);
-    FakeQuery single{ClonedFileSpace::Sharing{0, 7, 1}};
-    EXPECT_EQ(ClonedFileSpace::diskShare("/f", 1'000'000, single.query()), 1'000'000);
-    FakeQuery allPrivate{ClonedFileSpace::Sharing{1'000'000, 7, 3}};
-    EXPECT_EQ(ClonedFileSpace::diskShare("/f", 1'000'000, allPrivate.query()), 1'000'000);
-    FakeQuery none{std::nullopt};
-    EXPECT_EQ(ClonedFileSpace::diskShare("/f", 1'000'000, none.query()), 1'000'000);
+TEST(ClonedFileSpace, SharedBlocksAreSplitAmongLiveClonesElseTheFullSizeCounts) {
+    struct Case {
+        std::optional<Sharing> answer;
+        int64_t bytes;
+        int64_t share;
+    };
+    const std::vector<Case> cases = {
+        {Sharing{0, 7, 2}, 10'000'000, 5'000'000},
+        {Sharing{2 << 20, 7, 4}, 10 << 20, 4 << 20},
+        {Sharing{1, 7, 3}, 100'001, 1 + 100'000 / 3},
+        {Sharing{0, 7, 0}, 1'000'000, 1'000'000},          // no live clones
+        {Sharing{0, 7, 1}, 1'000'000, 1'000'000},          // a single one
+        {Sharing{1'000'000, 7, 3}, 1'000'000, 1'000'000},  // all blocks private
+        {std::nullopt, 1'000'000, 1'000'000},
+    };
+    for (const auto& c : cases) {
+        FakeQuery fake{c.answer};
+        EXPECT_EQ(ClonedFileSpace::diskShare("/f", c.bytes, fake.query()), c.share) << c.bytes;
+    }
     // This file system has no clone attributes: every file keeps its allocated size.
     EXPECT_EQ(ClonedFileSpace::sharing("/etc/hostname"), std::nullopt);
     EXPECT_EQ(ClonedFileSpace::diskShare("/etc/hostname", 1'000'000), 1'000'000);

@@ -45,20 +45,20 @@ TEST(OpaqueFolderPolicy, GeneratedFoldersNeedTheirManifestWhereTheNameIsAmbiguou
 }
 
 TEST(OpaqueFolderPolicy, FixedNamesAndHomePaths) {
-    const std::string home = "/home/me";
-    EXPECT_EQ(OpaqueFolderPolicy::kind("/x/node_modules", home), Kind::dependencies);
-    EXPECT_EQ(OpaqueFolderPolicy::kind("/x/.next", home), Kind::buildOutput);
-    EXPECT_EQ(OpaqueFolderPolicy::kind("/x/__pycache__", home), Kind::pythonCache);
-    EXPECT_EQ(OpaqueFolderPolicy::kind("/x/.git", home), Kind::versionHistory);
-    EXPECT_EQ(OpaqueFolderPolicy::kind("/home/me/.cache/uv", home), Kind::packageCache);
-    EXPECT_EQ(OpaqueFolderPolicy::kind("/home/me/.local/share/pnpm/store", home),
-              Kind::packageCache);
-    EXPECT_EQ(OpaqueFolderPolicy::kind("/home/me/go/pkg/mod", home), Kind::packageCache);
-    EXPECT_EQ(OpaqueFolderPolicy::kind("/elsewhere/.cache/uv", home), std::nullopt);
-    EXPECT_EQ(OpaqueFolderPolicy::kind("/home/me/Library/Developer/Xcode/DerivedData", home),
-              Kind::buildOutput);
-    EXPECT_EQ(OpaqueFolderPolicy::kind("/home/me/code/DerivedData", home), std::nullopt);
-    EXPECT_EQ(OpaqueFolderPolicy::label(Kind::buildOutput), "Build output, measured together");
+    const std::vector<std::pair<std::string, std::optional<Kind>>> cases = {
+        {"/x/node_modules", Kind::dependencies},
+        {"/x/.next", Kind::buildOutput},
+        {"/x/__pycache__", Kind::pythonCache},
+        {"/x/.git", Kind::versionHistory},
+        {"/home/me/.cache/uv", Kind::packageCache},
+        {"/home/me/.local/share/pnpm/store", Kind::packageCache},
+        {"/home/me/go/pkg/mod", Kind::packageCache},
+        {"/elsewhere/.cache/uv", std::nullopt},
+        {"/home/me/Library/Developer/Xcode/DerivedData", Kind::buildOutput},
+        {"/home/me/code/DerivedData", std::nullopt},
+    };
+    for (const auto& [path, kind] : cases)
+        EXPECT_EQ(OpaqueFolderPolicy::kind(path, "/home/me"), kind) << path;
     EXPECT_EQ(OpaqueFolderPolicy::explanation(Kind::versionHistory),
               "Veldan counts this folder's space without mapping its internal history. It is "
               "never suggested for cleanup.");

@@ -36,36 +36,6 @@ TEST(DiskScanner, RootTotalMatchesAnIndependentWalkToTheByte) {
     }
 }
 
-TEST(DiskScanner, EighteenEqualFilesKeepSeventeenAndAnOtherSummary) {
-    test::TempDir dir;
-    for (int i = 0; i < 18; ++i)
-        test::writeFileOfSize(dir / ("f" + std::to_string(10 + i)), 8192);
-    const auto snapshot = scanned(dir.path());
-    const auto& children = snapshot.root.children;
-    ASSERT_EQ(children.size(), 18u);
-    // Equal bytes order by path, and "__other" sorts before "f10".
-    const DiskNode& other = children[0];
-    EXPECT_TRUE(other.isSummary);
-    EXPECT_EQ(other.bytes, test::allocatedBytes(dir / "f27"));
-    EXPECT_EQ(other.path, dir / "__other");
-    EXPECT_EQ(other.excludedPaths.count(dir / "f27"), 0u);
-    EXPECT_EQ(other.excludedPaths.size(), 17u);
-    EXPECT_EQ(children[1].name, "f10");
-    EXPECT_EQ(children[17].name, "f26");
-}
-
-TEST(DiskScanner, HardLinksAcrossTopLevelFoldersAreChargedOnce) {
-    test::TempDir dir;
-    test::makeFolders(dir / "a");
-    test::makeFolders(dir / "b");
-    test::writeFileOfSize(dir / "a/data", 300'000);
-    test::makeHardLink(dir / "a/data", dir / "b/same");
-    test::makeHardLink(dir / "a/data", dir / "a/again");
-    const auto snapshot = scanned(dir.path());
-    EXPECT_EQ(snapshot.root.bytes, test::allocatedBytes(dir / "a/data"));
-    EXPECT_EQ(snapshot.visitedFileCount, 3);
-}
-
 TEST(DiskScanner, FoldersBelowDepthFiveBecomeWholeNodesWithTheirFullSize) {
     test::TempDir dir;
     const std::string deep = dir / "1/2/3/4/5/6/7/8";
@@ -167,48 +137,23 @@ TEST(DiskScanner, HostileNamesKeepTheirExactBytes) {
     EXPECT_FALSE(test::exists(dir / "pwned"));
 }
 
-TEST(DiskScanner, LinksAreNeverFollowedAndSpecialFilesCountAsEmptyFiles) {
+// The generated trees hold links, loops, a pipe and a socket; this is the link's own node.
+TEST(DiskScanner, ALinkToAFolderIsAFileOfItsOwn) {
     test::TempDir dir;
     test::makeFolders(dir / "real");
     test::writeFileOfSize(dir / "real/data", 100'000);
     test::makeSymlink(dir / "real", dir / "alias");
-    test::makeSymlink(".", dir / "real/self");
-    test::makeSymlink("/", dir / "real/root");
-    ASSERT_EQ(::mkfifo((dir / "real/pipe").c_str(), 0644), 0);
     const auto snapshot = scanned(dir.path());
     EXPECT_EQ(snapshot.root.bytes, test::independentWalk(dir.path()).bytes);
-    EXPECT_EQ(snapshot.visitedFileCount, 5);  // data, two links inside, the pipe, alias
     const DiskNode* alias = findNode(snapshot.root, dir / "alias");
     ASSERT_NE(alias, nullptr);
     EXPECT_FALSE(alias->isDirectory);
+    EXPECT_TRUE(alias->children.empty());
 }
 
-TEST(DiskScanner, AllocatedSizeOfSparseFilesNotTheirLength) {
+TEST(DiskScanner, LargestFilesComeOnlyFromTheMappedPartAndByAllocatedSize) {
     test::TempDir dir;
     test::writeSparseFile(dir / "sparse", int64_t{1} << 33);  // 8 GiB long, no blocks
-    const auto snapshot = scanned(dir.path());
-    EXPECT_EQ(snapshot.root.bytes, test::allocatedBytes(dir / "sparse"));
-    EXPECT_LT(snapshot.root.bytes, 1'000'000);
-    EXPECT_TRUE(snapshot.largestFiles.empty());
-}
-
-TEST(DiskScanner, LargestFilesListsFilesOfAHundredMegabytesOrMore) {
-    test::TempDir dir;
-    test::makeFolders(dir / "x");
-    for (const char* name : {"x/big", "small"}) {
-        const int fd = ::open((dir / name).c_str(), O_WRONLY | O_CREAT, 0644);
-        ASSERT_EQ(::posix_fallocate(fd, 0, std::string(name) == "small" ? 50'000'000 : 120'000'000),
-                  0);
-        ::close(fd);
-    }
-    const auto snapshot = scanned(dir.path());
-    ASSERT_EQ(snapshot.largestFiles.size(), 1u);
-    EXPECT_EQ(snapshot.largestFiles[0].path, dir / "x/big");
-    EXPECT_EQ(snapshot.largestFiles[0].bytes, test::allocatedBytes(dir / "x/big"));
-}
-
-TEST(DiskScanner, OnlyTheMappedPartOffersLargestFiles) {
-    test::TempDir dir;
     const std::string deep = dir / "1/2/3/4/5/6/7";
     test::makeFolders(deep);
     test::makeFolders(dir / "p/node_modules");
@@ -221,6 +166,7 @@ TEST(DiskScanner, OnlyTheMappedPartOffersLargestFiles) {
     const auto snapshot = scanned(dir.path());
     ASSERT_EQ(snapshot.largestFiles.size(), 1u);
     EXPECT_EQ(snapshot.largestFiles[0].path, dir / "1/shallow-big");
+    EXPECT_EQ(snapshot.largestFiles[0].bytes, test::allocatedBytes(dir / "1/shallow-big"));
     EXPECT_GE(snapshot.root.bytes, 3 * 110'000'000);  // still measured everywhere
 }
 
@@ -388,19 +334,6 @@ TEST(DiskScanner, WholeDiskScansAlsoEnterTheHomeFoldersDevice) {
     const auto devices = startup.allowedDevices("/");
     EXPECT_EQ(devices.count(shm->device), 1u);
     EXPECT_EQ(startup.allowedDevices(dir.path()), std::set<uint64_t>{tmp->device});
-}
-
-TEST(DiskScanner, RootProblemsAreOneSentence) {
-    test::TempDir dir;
-    test::writeFile(dir / "file", "x");
-    EXPECT_EQ(DiskScanner::rootProblem(dir.path()), std::nullopt);
-    const auto missing = DiskScanner::rootProblem(dir / "missing");
-    ASSERT_TRUE(missing.has_value());
-    EXPECT_NE(missing->find("Nothing exists at"), std::string::npos);
-    EXPECT_EQ(missing->back(), '.');
-    const auto notFolder = DiskScanner::rootProblem(dir / "file");
-    ASSERT_TRUE(notFolder.has_value());
-    EXPECT_NE(notFolder->find("is not a folder"), std::string::npos);
 }
 
 }  // namespace veldan

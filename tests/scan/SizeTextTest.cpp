@@ -7,7 +7,6 @@ namespace veldan {
 TEST(SizeText, ChoosesTheUnitByMagnitudeWithGigabytesFromATenth) {
     EXPECT_EQ(SizeText::string(0), "0 GB");
     EXPECT_EQ(SizeText::string(-5), "0 GB");
-    EXPECT_EQ(SizeText::string(512), "512 B");
     EXPECT_EQ(SizeText::string(999), "999 B");
     EXPECT_EQ(SizeText::string(1'000), "1 KB");
     EXPECT_EQ(SizeText::string(999'999), "1000 KB");
@@ -21,17 +20,14 @@ TEST(SizeText, CompactDropsTheDecimalFromTenGigabytesAndTenTerabytes) {
     EXPECT_EQ(SizeText::string(10'000'000'000, false), "10.0 GB");
     EXPECT_EQ(SizeText::string(10'000'000'000, true), "10 GB");
     EXPECT_EQ(SizeText::string(9'500'000'000, true), "9.5 GB");
-    EXPECT_EQ(SizeText::string(1'000'000'000'000, false), "1.0 TB");
     EXPECT_EQ(SizeText::string(1'000'000'000'000, true), "1.0 TB");
     EXPECT_EQ(SizeText::string(12'300'000'000'000, true), "12 TB");
     EXPECT_EQ(SizeText::string(12'300'000'000'000, false), "12.3 TB");
 }
 
 TEST(SizeText, ShareRoundsAndNeverExceedsAHundredPercent) {
-    EXPECT_EQ(SizeText::share(0, 0), "0%");
     EXPECT_EQ(SizeText::share(5, 0), "0%");
     EXPECT_EQ(SizeText::share(0, 1'000), "0%");
-    EXPECT_EQ(SizeText::share(1, 1'000), "<1%");
     EXPECT_EQ(SizeText::share(5, 1'000), "<1%");
     EXPECT_EQ(SizeText::share(10, 1'000), "1%");
     EXPECT_EQ(SizeText::share(333, 1'000), "33%");
