@@ -87,8 +87,7 @@ TEST_F(SavedMapCommandTest, SaysInOneSentenceWhenThereIsNoSavedMap) {
 
 TEST_F(SavedMapCommandTest, SavesNothingWithNoCache) {
     ASSERT_EQ(veldan({"scan", "--no-cache", scope}).exitCode, 0);
-    EXPECT_FALSE(test::exists(home.cacheHome() + "/Veldan/Scans/" + ScanCache::scopeDigest(scope) +
-                              ".plist"));
+    EXPECT_FALSE(test::exists(ScanCache().fileFor(scope)));
     EXPECT_EQ(veldan({"show", scope}).exitCode, 1);
 }
 

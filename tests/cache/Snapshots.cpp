@@ -1,6 +1,6 @@
 #include "tests/cache/Snapshots.hpp"
 
-#include <functional>
+#include <chrono>
 
 namespace veldan::test {
 
@@ -17,10 +17,6 @@ DiskNode file(const std::string& parent, const std::string& name, int64_t bytes,
 }
 
 }  // namespace
-
-std::chrono::system_clock::time_point savedPrecision(std::chrono::system_clock::time_point time) {
-    return std::chrono::floor<std::chrono::microseconds>(time);
-}
 
 ScanSnapshot sampleSnapshot(const std::string& root) {
     ScanSnapshot snapshot;
@@ -55,49 +51,9 @@ ScanSnapshot sampleSnapshot(const std::string& root) {
         {root + "/gone\xFF", "Moved or removed during the scan"}};
     snapshot.skippedPhotosLibraries = 1;
     snapshot.skippedMusicLibraries = 0;
-    snapshot.finishedAt = savedPrecision(std::chrono::system_clock::now());
-    return snapshot;
-}
-
-ScanSnapshot largeSnapshot(const std::string& root, size_t nodes) {
-    ScanSnapshot snapshot;
-    size_t made = 0;
-    // Folders keep 17 children and an "Other" summary, like the scanner's trees.
-    std::function<DiskNode(const std::string&, int)> folder = [&](const std::string& path,
-                                                                  int depth) {
-        DiskNode node;
-        node.path = path;
-        node.name = path.substr(path.rfind('/') + 1);
-        node.isDirectory = true;
-        ++made;
-        for (int i = 0; i < 17 && made < nodes; ++i) {
-            const std::string name = "entry-" + std::to_string(i) + "-of-" + std::to_string(made);
-            if (depth < 3 && i < 6) {
-                node.children.push_back(folder(path + "/" + name, depth + 1));
-            } else {
-                node.children.push_back(file(path, name + ".bin", int64_t(1000 + made)));
-                ++made;
-            }
-            node.bytes += node.children.back().bytes;
-        }
-        node.children.push_back(DiskNode::summary(path, 500, {}));
-        node.bytes += 500;
-        ++made;
-        return node;
-    };
-    DiskNode top;
-    top.path = root;
-    top.name = root.substr(root.rfind('/') + 1);
-    top.isDirectory = true;
-    int branch = 0;
-    while (made < nodes) {
-        top.children.push_back(folder(root + "/branch-" + std::to_string(branch++), 0));
-        top.bytes += top.children.back().bytes;
-    }
-    snapshot.root = std::move(top);
-    snapshot.visitedFolderCount = int64_t(made / 10);
-    snapshot.visitedFileCount = int64_t(made);
-    snapshot.finishedAt = savedPrecision(std::chrono::system_clock::now());
+    // The instant a saved map keeps: whole microseconds.
+    snapshot.finishedAt =
+        std::chrono::floor<std::chrono::microseconds>(std::chrono::system_clock::now());
     return snapshot;
 }
 

@@ -39,6 +39,14 @@ Box textBox(const test::SvgElement& text) {
     return {left, y - ascent * size, left + width, y + descent * size};
 }
 
+std::vector<std::string> textsOf(const std::string& svg) {
+    std::vector<std::string> texts;
+    for (const auto& element : test::svgElements(svg)) {
+        if (element.name == "text") texts.push_back(element.text);
+    }
+    return texts;
+}
+
 // Names of the kinds real trees have: long, hostile, wide characters, invalid UTF-8.
 std::string generatedName(std::mt19937_64& random, int index) {
     static const std::vector<std::string> names = {"node_modules",
@@ -113,12 +121,8 @@ TEST(TreemapPicture, ATileTooNarrowForANameShowsNoLabelRatherThanACutOne) {
     const auto folder = test::folderOfFiles("/r", {980, 20});
     const auto tiles = TreemapLayout::tiles(folder, 300, 100);
     ASSERT_LT(tiles[1].frame.width, 20);
-    const auto elements = test::svgElements(TreemapPicture::svg(tiles, 300, 100, {}));
-    std::vector<std::string> texts;
-    for (const auto& element : elements) {
-        if (element.name == "text") texts.push_back(element.text);
-    }
-    EXPECT_EQ(texts, (std::vector<std::string>{"f0", "980 B"}));
+    EXPECT_EQ(textsOf(TreemapPicture::svg(tiles, 300, 100, {})),
+              (std::vector<std::string>{"f0", "980 B"}));
 }
 
 TEST(TreemapPicture, SummaryTilesAreHatchedAndExplainThemselves) {
@@ -158,12 +162,6 @@ TEST(TreemapPicture, ParentTilesCarryATitleBandWithNameAndSize) {
     EXPECT_EQ(texts[2].first, "a");  // nested tiles are drawn after their parent
 }
 
-// Where on the ring a point of a label lies, as the hit test sees it.
-const DiskNode* sectorAt(const std::vector<OrbitItem>& items, MapPoint p, double diameter) {
-    const auto item = OrbitLayout::item(items, p, diameter);
-    return item ? item->node : nullptr;
-}
-
 TEST(OrbitPicture, SectorLabelsStayInsideTheirSectorAndTheCentreInsideTheDisc) {
     std::mt19937_64 random(8);
     int sectorLabels = 0;
@@ -176,6 +174,11 @@ TEST(OrbitPicture, SectorLabelsStayInsideTheirSectorAndTheCentreInsideTheDisc) {
         const auto elements =
             test::svgElements(OrbitPicture::svg(tree, items, diameter + 400, diameter, style));
         const double c = diameter / 2;
+        // Where on the ring a point of a label lies, as the hit test sees it.
+        const auto sectorAt = [&](MapPoint p) {
+            const auto item = OrbitLayout::item(items, p, diameter);
+            return item ? item->node : nullptr;
+        };
         const double disc = OrbitLayout::innerRatio * OrbitLayout::outerRadius(diameter);
         for (const auto& element : elements) {
             if (element.name != "text") continue;
@@ -204,12 +207,12 @@ TEST(OrbitPicture, SectorLabelsStayInsideTheirSectorAndTheCentreInsideTheDisc) {
                 continue;
             }
             const MapPoint middle = corner((box.left + box.right) / 2, (box.top + box.bottom) / 2);
-            const DiskNode* sector = sectorAt(items, middle, diameter);
+            const DiskNode* sector = sectorAt(middle);
             for (const auto& point : corners) {
                 if (sector == nullptr) {
                     EXPECT_LE(std::hypot(point.x - c, point.y - c), disc);
                 } else {
-                    EXPECT_EQ(sectorAt(items, point, diameter), sector);
+                    EXPECT_EQ(sectorAt(point), sector);
                 }
             }
             if (sector != nullptr) ++sectorLabels;
@@ -218,21 +221,15 @@ TEST(OrbitPicture, SectorLabelsStayInsideTheirSectorAndTheCentreInsideTheDisc) {
     EXPECT_GT(sectorLabels, 40);
 }
 
-TEST(OrbitPicture, TheCentreDiscShowsTheFolderNameAndSize) {
+TEST(OrbitPicture, TheCentreDiscShowsTheFolderNameAndSizeOrSaysTheFolderIsEmpty) {
     const auto folder = test::folderOfFiles("/Users/me/Music", {3'000'000'000, 1'500'000'000});
     const auto items = OrbitLayout::items(folder.children);
-    std::vector<std::string> texts;
-    for (const auto& element : test::svgElements(OrbitPicture::svg(folder, items, 600, 600, {}))) {
-        if (element.name == "text") texts.push_back(element.text);
-    }
+    const auto texts = textsOf(OrbitPicture::svg(folder, items, 600, 600, {}));
     EXPECT_NE(std::find(texts.begin(), texts.end(), "Music"), texts.end());
     EXPECT_NE(std::find(texts.begin(), texts.end(), "4.5 GB"), texts.end());
-}
-
-TEST(OrbitPicture, AnEmptyFolderDrawsAnEmptyRingAndSaysSo) {
-    const auto folder = test::folderOfFiles("/r", {0, 0});
-    const std::string svg = OrbitPicture::svg(folder, {}, 1000, 600, {});
-    EXPECT_NE(svg.find("Nothing to map in this folder"), std::string::npos);
+    EXPECT_NE(OrbitPicture::svg(test::folderOfFiles("/r", {0, 0}), {}, 1000, 600, {})
+                  .find("Nothing to map in this folder"),
+              std::string::npos);
 }
 
 double relativeLuminance(MapColor color) {

@@ -18,25 +18,14 @@ TEST(OrbitItems, ShareTheTurnByBytesInChildOrderFromTheTop) {
     const auto folder = folderOfFiles("/m", {1, 0, 3, -2, 4});
     const auto items = OrbitLayout::items(folder.children);
     ASSERT_EQ(items.size(), 3u);
-    EXPECT_EQ(items[0].node, &folder.children[0]);
-    EXPECT_EQ(items[1].node, &folder.children[2]);
-    EXPECT_EQ(items[2].node, &folder.children[4]);
-    EXPECT_EQ(items[0].start, 0.0);
-    EXPECT_EQ(items[0].end, 0.125);
-    EXPECT_EQ(items[1].start, 0.125);
-    EXPECT_EQ(items[1].end, 0.5);
-    EXPECT_EQ(items[2].start, 0.5);
-    EXPECT_EQ(items[2].end, 1.0);
-}
-
-TEST(OrbitItems, OneChildTakesTheWholeTurnAndNoBytesGiveAnEmptyRing) {
-    const auto one = folderOfFiles("/m", {42});
-    const auto items = OrbitLayout::items(one.children);
-    ASSERT_EQ(items.size(), 1u);
-    EXPECT_EQ(items[0].start, 0.0);
-    EXPECT_EQ(items[0].end, 1.0);
-    const DiskNode empty = folderOfFiles("/m", {0, 0});
-    EXPECT_TRUE(OrbitLayout::items(empty.children).empty());
+    const size_t children[] = {0, 2, 4};
+    const double bounds[] = {0.0, 0.125, 0.5, 1.0};
+    for (size_t i = 0; i < 3; ++i) {
+        EXPECT_EQ(items[i].node, &folder.children[children[i]]);
+        EXPECT_EQ(items[i].start, bounds[i]);
+        EXPECT_EQ(items[i].end, bounds[i + 1]);
+    }
+    EXPECT_TRUE(OrbitLayout::items(folderOfFiles("/m", {0, 0}).children).empty());
 }
 
 TEST(OrbitItems, EndsNeverPassAFullTurnWhileStartsKeepTheirTrueShares) {
@@ -60,62 +49,42 @@ TEST(OrbitItems, EndsNeverPassAFullTurnWhileStartsKeepTheirTrueShares) {
     }
 }
 
-// A view of side 216: centre 108, outer radius 100, inner radius 52.
-class OrbitHitTest : public ::testing::Test {
-protected:
-    static constexpr double diameter = 216;
-    static constexpr double c = 108;
-    DiskNode folder = folderOfFiles("/m", {1, 3});  // [0, 0.25) and [0.25, 1]
-    std::vector<OrbitItem> items = OrbitLayout::items(folder.children);
-
-    const DiskNode* hit(double x, double y, double sweep = 1.0) const {
+TEST(OrbitHitTest, FindsTheSectorUnderThePointer) {
+    // A view of side 216: centre 108, outer radius 100, inner radius 52; the sectors
+    // are [0, 0.25) and [0.25, 1].
+    constexpr double diameter = 216;
+    constexpr double c = 108;
+    const auto folder = folderOfFiles("/m", {1, 3});
+    const auto items = OrbitLayout::items(folder.children);
+    struct Case {
+        double x, y, sweep;
+        int child;  // -1: nothing
+    };
+    const Case cases[] = {
+        {c, c - 52, 1, 0},      {c, c - 100, 1, 0},     // both radii belong to the ring
+        {c - 52, c, 1, 1},      {c - 100, c, 1, 1},     //
+        {c, c - 51.99, 1, -1},  {c - 51.99, c, 1, -1},  // the centre disc
+        {c, c - 100.01, 1, -1}, {c, c, 1, -1},          //
+        {1, 1, 1, -1},                                  // the margin
+        {c + 1, c - 80, 1, 0},  {c - 1, c - 80, 1, 1},  // either side of the top
+        {c + 80, c, 1, 1},                              // a boundary: the later sector
+        {c + 80, c, 0.2, -1},   {c + 80, c, 0.25, 1},   // beyond the opening sweep
+        {c, c + 80, 0.49, -1},  {c, c - 80, 0.0, 0},    //
+    };
+    for (const auto& [x, y, sweep, child] : cases) {
         const auto found = OrbitLayout::item(items, {x, y}, diameter, sweep);
-        return found ? found->node : nullptr;
+        EXPECT_EQ(found ? found->node : nullptr, child < 0 ? nullptr : &folder.children[child])
+            << x << ", " << y << " sweep " << sweep;
     }
-};
-
-TEST_F(OrbitHitTest, BothRadiiBelongToTheRing) {
-    EXPECT_EQ(hit(c, c - 52), &folder.children[0]);
-    EXPECT_EQ(hit(c, c - 100), &folder.children[0]);
-    EXPECT_EQ(hit(c - 52, c), &folder.children[1]);
-    EXPECT_EQ(hit(c - 100, c), &folder.children[1]);
-}
-
-TEST_F(OrbitHitTest, TheCentreDiscAndTheMarginHitNothing) {
-    EXPECT_EQ(hit(c, c - 51.99), nullptr);
-    EXPECT_EQ(hit(c - 51.99, c), nullptr);
-    EXPECT_EQ(hit(c, c - 100.01), nullptr);
-    EXPECT_EQ(hit(c, c), nullptr);
-    EXPECT_EQ(hit(1, 1), nullptr);
-}
-
-TEST_F(OrbitHitTest, FractionsStartAtTheTopAndRunClockwise) {
     EXPECT_EQ(OrbitSector::fraction({c, c - 80}, {c, c}), 0.0);
     EXPECT_EQ(OrbitSector::fraction({c + 80, c}, {c, c}), 0.25);
     EXPECT_EQ(OrbitSector::fraction({c, c + 80}, {c, c}), 0.5);
     EXPECT_EQ(OrbitSector::fraction({c - 80, c}, {c, c}), 0.75);
-    EXPECT_EQ(hit(c + 1, c - 80), &folder.children[0]);  // just right of the top
-    EXPECT_EQ(hit(c - 1, c - 80), &folder.children[1]);  // just left of it, near a full turn
-}
 
-TEST_F(OrbitHitTest, APointOnABoundaryBelongsToTheLaterSector) {
-    EXPECT_EQ(hit(c + 80, c), &folder.children[1]);
-}
-
-TEST_F(OrbitHitTest, PointsBeyondTheOpeningSweepHitNothing) {
-    EXPECT_EQ(hit(c + 80, c, 0.2), nullptr);
-    EXPECT_EQ(hit(c + 80, c, 0.25), &folder.children[1]);
-    EXPECT_EQ(hit(c, c + 80, 0.49), nullptr);
-    EXPECT_EQ(hit(c, c - 80, 0.0), &folder.children[0]);
-}
-
-TEST_F(OrbitHitTest, AnEmptyRingHitsNothingAnywhere) {
-    const auto empty = folderOfFiles("/m", {0, 0, 0});
-    const auto none = OrbitLayout::items(empty.children);
+    const auto none = OrbitLayout::items(folderOfFiles("/m", {0, 0, 0}).children);
     for (double x = 0; x <= diameter; x += 4) {
-        for (double y = 0; y <= diameter; y += 4) {
+        for (double y = 0; y <= diameter; y += 4)
             ASSERT_FALSE(OrbitLayout::item(none, {x, y}, diameter).has_value());
-        }
     }
 }
 
@@ -146,16 +115,17 @@ TEST(OrbitSectorGeometry, OutlineRunsAlongTheOuterArcThenBackAlongTheInnerArc) {
     const OrbitSector quarter{0, 0.25, 0.5, 1.0};
     const auto points = quarter.outline(rect, 8);  // two segments for a quarter turn
     ASSERT_EQ(points.size(), 6u);
-    EXPECT_NEAR(points[0].x, 110, 1e-9);
-    EXPECT_NEAR(points[0].y, 10, 1e-9);
-    EXPECT_NEAR(points[1].x, 110 + 100 * std::sqrt(0.5), 1e-9);
-    EXPECT_NEAR(points[1].y, 110 - 100 * std::sqrt(0.5), 1e-9);
-    EXPECT_NEAR(points[2].x, 210, 1e-9);
-    EXPECT_NEAR(points[2].y, 110, 1e-9);
-    EXPECT_NEAR(points[3].x, 160, 1e-9);  // inwards at the end
-    EXPECT_NEAR(points[3].y, 110, 1e-9);
-    EXPECT_NEAR(points[5].x, 110, 1e-9);  // back at the start on the inner arc
-    EXPECT_NEAR(points[5].y, 60, 1e-9);
+    const double diagonal = 100 * std::sqrt(0.5);
+    // Along the outer arc, inwards at the end, back at the start on the inner arc.
+    const std::pair<size_t, MapPoint> expected[] = {{0, {110, 10}},
+                                                    {1, {110 + diagonal, 110 - diagonal}},
+                                                    {2, {210, 110}},
+                                                    {3, {160, 110}},
+                                                    {5, {110, 60}}};
+    for (const auto& [at, point] : expected) {
+        EXPECT_NEAR(points[at].x, point.x, 1e-9) << at;
+        EXPECT_NEAR(points[at].y, point.y, 1e-9) << at;
+    }
 }
 
 }  // namespace

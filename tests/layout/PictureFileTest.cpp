@@ -14,26 +14,6 @@
 namespace veldan {
 namespace {
 
-struct PngSize {
-    uint32_t width = 0;
-    uint32_t height = 0;
-};
-
-// The size recorded in a PNG's header chunk, or nothing when it is not a PNG.
-std::optional<PngSize> pngSize(const std::string& png) {
-    if (png.size() < 24 || png.compare(0, 8, "\x89PNG\r\n\x1a\n") != 0 ||
-        png.compare(12, 4, "IHDR") != 0) {
-        return std::nullopt;
-    }
-    const auto word = [&](size_t at) {
-        uint32_t value = 0;
-        for (size_t i = 0; i < 4; ++i)
-            value = (value << 8) | static_cast<unsigned char>(png[at + i]);
-        return value;
-    };
-    return PngSize{word(16), word(20)};
-}
-
 std::string svgWith(const std::string& content) {
     return "<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"200\" height=\"80\">"
            "<rect width=\"200\" height=\"80\" fill=\"#ffffff\"/>" +
@@ -43,10 +23,10 @@ std::string svgWith(const std::string& content) {
 TEST(SvgRaster, DrawsThePictureAtTheRequestedSize) {
     const auto png = platform::renderSvgToPng(svgWith(""), 321, 123);
     ASSERT_TRUE(png.has_value());
-    const auto size = pngSize(*png);
-    ASSERT_TRUE(size.has_value());
-    EXPECT_EQ(size->width, 321u);
-    EXPECT_EQ(size->height, 123u);
+    ASSERT_GE(png->size(), 24u);
+    EXPECT_EQ(png->substr(0, 8), "\x89PNG\r\n\x1a\n");
+    // The header chunk: 321 x 123.
+    EXPECT_EQ(png->substr(12, 12), std::string("IHDR\0\0\x01\x41\0\0\0\x7b", 12));
 }
 
 TEST(SvgRaster, DrawsText) {

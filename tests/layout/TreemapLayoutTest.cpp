@@ -16,11 +16,14 @@ using test::folderNode;
 using test::folderOfFiles;
 
 constexpr double infinity = std::numeric_limits<double>::infinity();
+using Row = std::vector<TreemapRowItem>;
 
+void expectFrame(const MapRect& frame, const MapRect& expected) {
+    EXPECT_EQ(frame, expected) << "got (" << frame.x << ", " << frame.y << ", " << frame.width
+                               << ", " << frame.height << ")";
+}
 void expectFrame(const MapRect& frame, double x, double y, double width, double height) {
-    EXPECT_EQ(frame, (MapRect{x, y, width, height}))
-        << "got (" << frame.x << ", " << frame.y << ", " << frame.width << ", " << frame.height
-        << ")";
+    expectFrame(frame, MapRect{x, y, width, height});
 }
 
 std::vector<MapTile> layOut(const DiskNode& folder, MapRect rect) {
@@ -29,78 +32,51 @@ std::vector<MapTile> layOut(const DiskNode& folder, MapRect rect) {
     return tiles;
 }
 
-TEST(TreemapFrames, TwoEqualChildrenInAWideRectangleSplitIntoTwoSquares) {
-    const auto folder = folderOfFiles("/m", {500, 500});
-    const auto tiles = TreemapLayout::tiles(folder, 200, 100);
-    ASSERT_EQ(tiles.size(), 2u);
-    expectFrame(tiles[0].frame, 0, 0, 100, 100);
-    expectFrame(tiles[1].frame, 100, 0, 100, 100);
-    EXPECT_EQ(tiles[0].node, &folder.children[0]);
-    EXPECT_EQ(tiles[1].node, &folder.children[1]);
+TEST(TreemapFrames, ExactFramesForHandComputedCases) {
+    struct Case {
+        std::vector<int64_t> sizes;
+        MapRect rect;
+        std::vector<std::pair<int, MapRect>> tiles;  // the child's index and its frame
+    };
+    const Case cases[] = {
+        // Two equal children in a wide rectangle split into two squares.
+        {{500, 500}, {0, 0, 200, 100}, {{0, {0, 0, 100, 100}}, {1, {100, 0, 100, 100}}}},
+        // A single child fills the whole rectangle.
+        {{12345}, {3.5, 4.25, 321.75, 123.125}, {{0, {3.5, 4.25, 321.75, 123.125}}}},
+        // A square is laid out as a wide rectangle. Areas 7500 and 2500 along side 100:
+        // the first alone has aspect 4/3, both 4, so the first is placed alone as a
+        // 75-point column, not as a strip at the top.
+        {{3, 1}, {0, 0, 100, 100}, {{0, {0, 0, 75, 100}}, {1, {75, 0, 25, 100}}}},
+        // A tall rectangle gets a strip along the top.
+        {{3, 1}, {0, 0, 100, 200}, {{0, {0, 0, 100, 150}}, {1, {0, 150, 100, 50}}}},
+        // Children keep their given order: the smaller stays first. Its row alone has
+        // aspect 4 and with the second child 4 too: a tie keeps growing the row, so both
+        // share one column.
+        {{1, 3}, {0, 0, 100, 100}, {{0, {0, 0, 100, 25}}, {1, {0, 25, 100, 75}}}},
+        // Children without bytes are left out.
+        {{0, 500, -1, 500}, {0, 0, 200, 100}, {{1, {0, 0, 100, 100}}, {3, {100, 0, 100, 100}}}},
+        {{0, 0, -5}, {0, 0, 400, 300}, {}},
+        // Slots of six points or less draw nothing.
+        {{10, 20, 30}, {0, 0, 6, 500}, {}},
+        {{10, 20, 30}, {0, 0, 500, 6}, {}},
+    };
+    for (size_t n = 0; n < std::size(cases); ++n) {
+        SCOPED_TRACE("case " + std::to_string(n));
+        const auto folder = folderOfFiles("/m", cases[n].sizes);
+        const auto tiles = layOut(folder, cases[n].rect);
+        ASSERT_EQ(tiles.size(), cases[n].tiles.size());
+        for (size_t i = 0; i < tiles.size(); ++i) {
+            const auto& [child, frame] = cases[n].tiles[i];
+            EXPECT_EQ(tiles[i].node, &folder.children[child]);
+            expectFrame(tiles[i].frame, frame);
+        }
+    }
+    EXPECT_EQ(layOut(folderOfFiles("/m", {10, 20, 30}), {0, 0, 7, 7}).size(), 3u);
 }
 
-TEST(TreemapFrames, ASingleChildFillsTheWholeRectangle) {
-    const auto folder = folderOfFiles("/m", {12345});
-    const auto tiles = layOut(folder, {3.5, 4.25, 321.75, 123.125});
-    ASSERT_EQ(tiles.size(), 1u);
-    expectFrame(tiles[0].frame, 3.5, 4.25, 321.75, 123.125);
-}
-
-TEST(TreemapFrames, ASquareIsLaidOutAsAWideRectangleWithAColumnAtTheLeft) {
-    // Areas 7500 and 2500 along side 100: the first alone has aspect 4/3, both 4, so the
-    // first is placed alone as a 75-point column, not as a 75-point strip at the top.
-    const auto folder = folderOfFiles("/m", {3, 1});
-    const auto tiles = TreemapLayout::tiles(folder, 100, 100);
-    ASSERT_EQ(tiles.size(), 2u);
-    expectFrame(tiles[0].frame, 0, 0, 75, 100);
-    expectFrame(tiles[1].frame, 75, 0, 25, 100);
-}
-
-TEST(TreemapFrames, ATallRectangleGetsAStripAlongTheTop) {
-    const auto folder = folderOfFiles("/m", {3, 1});
-    const auto tiles = TreemapLayout::tiles(folder, 100, 200);
-    ASSERT_EQ(tiles.size(), 2u);
-    expectFrame(tiles[0].frame, 0, 0, 100, 150);
-    expectFrame(tiles[1].frame, 0, 150, 100, 50);
-}
-
-TEST(TreemapFrames, ChildrenAreLaidOutInTheirGivenOrderNeverSorted) {
-    // The smaller child comes first and stays first. Its row alone has aspect 4 and with
-    // the second child 4 too: a tie keeps growing the row, so both share one column.
-    const auto folder = folderOfFiles("/m", {1, 3});
-    const auto tiles = TreemapLayout::tiles(folder, 100, 100);
-    ASSERT_EQ(tiles.size(), 2u);
-    EXPECT_EQ(tiles[0].node->path, "/m/f0");
-    expectFrame(tiles[0].frame, 0, 0, 100, 25);
-    expectFrame(tiles[1].frame, 0, 25, 100, 75);
-}
-
-TEST(TreemapFrames, ChildrenWithoutBytesAreLeftOut) {
-    const auto empty = folderOfFiles("/m", {0, 0, -5});
-    EXPECT_TRUE(TreemapLayout::tiles(empty, 400, 300).empty());
-
-    const auto mixed = folderOfFiles("/m", {0, 500, -1, 500});
-    const auto tiles = TreemapLayout::tiles(mixed, 200, 100);
-    ASSERT_EQ(tiles.size(), 2u);
-    EXPECT_EQ(tiles[0].node->path, "/m/f1");
-    EXPECT_EQ(tiles[1].node->path, "/m/f3");
-    expectFrame(tiles[1].frame, 100, 0, 100, 100);
-}
-
-TEST(TreemapFrames, SlotsOfSixPointsOrLessDrawNothing) {
-    const auto folder = folderOfFiles("/m", {10, 20, 30});
-    EXPECT_TRUE(layOut(folder, {0, 0, 6, 500}).empty());
-    EXPECT_TRUE(layOut(folder, {0, 0, 500, 6}).empty());
-    EXPECT_EQ(layOut(folder, {0, 0, 7, 7}).size(), 3u);
-}
-
-class TreemapNesting : public ::testing::Test {
-protected:
+TEST(TreemapNesting, OnlyFoldersOverNinetyPointsEitherWayNestBelowTheTitleBand) {
     // One folder holding one subfolder holding one file: every level fills its slot.
-    DiskNode chain = folderNode("/m", {folderNode("/m/a", {fileNode("/m/a/b", 100)})});
-};
-
-TEST_F(TreemapNesting, A91PointSquareNestsInsideItsInsetBelowTheTitleBand) {
+    const auto chain = folderNode("/m", {folderNode("/m/a", {fileNode("/m/a/b", 100)})});
     const auto tiles = layOut(chain, {10, 20, 91, 91});
     ASSERT_EQ(tiles.size(), 2u);
     expectFrame(tiles[0].frame, 10, 20, 91, 91);
@@ -108,20 +84,14 @@ TEST_F(TreemapNesting, A91PointSquareNestsInsideItsInsetBelowTheTitleBand) {
     expectFrame(tiles[1].frame, 17, 53, 77, 51);
     EXPECT_EQ(tiles[1].level, 1);
     EXPECT_EQ(tiles[1].node->path, "/m/a/b");
-}
 
-TEST_F(TreemapNesting, TilesOfNinetyPointsInEitherDirectionAreNotNestedInto) {
     EXPECT_EQ(layOut(chain, {0, 0, 90, 200}).size(), 1u);
     EXPECT_EQ(layOut(chain, {0, 0, 200, 90}).size(), 1u);
     EXPECT_EQ(layOut(chain, {0, 0, 7, 7}).size(), 1u);
+    EXPECT_EQ(layOut(folderOfFiles("/m", {100}), {0, 0, 500, 500}).size(), 1u);  // a file
 }
 
-TEST_F(TreemapNesting, AFileIsNeverNestedInto) {
-    const auto file = folderOfFiles("/m", {100});
-    EXPECT_EQ(layOut(file, {0, 0, 500, 500}).size(), 1u);
-}
-
-TEST_F(TreemapNesting, NestingStopsAfterLevelTwoHoweverLargeTheTile) {
+TEST(TreemapNesting, NestingStopsAfterLevelTwoHoweverLargeTheTile) {
     const auto deep = folderNode(
         "/m",
         {folderNode("/m/a", {folderNode("/m/a/b",
@@ -135,22 +105,10 @@ TEST_F(TreemapNesting, NestingStopsAfterLevelTwoHoweverLargeTheTile) {
     EXPECT_FALSE(TreemapLayout::nestsInto(*tiles[2].node, tiles[2].frame, 2));
 }
 
-TEST_F(TreemapNesting, ATitleBandTallerThanTheInsetLeavesNoRoomForNestedTiles) {
+TEST(TreemapNesting, ATitleBandTallerThanTheInsetLeavesNoRoomForNestedTiles) {
     // 100 - 14 = 86 points inside, less the 26-point band: 60 points remain.
     expectFrame(TreemapLayout::nestedRect({0, 0, 100, 100}), 7, 33, 86, 60);
     expectFrame(TreemapLayout::nestedRect({0, 0, 100, 30}), 7, 33, 86, 0);
-}
-
-TEST_F(TreemapNesting, EachParentTileComesBeforeItsOwnNestedTiles) {
-    const auto folder =
-        folderNode("/m", {folderNode("/m/a", {fileNode("/m/a/1", 60), fileNode("/m/a/2", 40)}),
-                          folderNode("/m/b", {fileNode("/m/b/1", 50), fileNode("/m/b/2", 50)})});
-    const auto tiles = TreemapLayout::tiles(folder, 400, 200);
-    std::vector<std::string> order;
-    for (const auto& tile : tiles)
-        order.push_back(tile.node->path);
-    EXPECT_EQ(order,
-              (std::vector<std::string>{"/m/a", "/m/a/1", "/m/a/2", "/m/b", "/m/b/1", "/m/b/2"}));
 }
 
 TEST(TreemapTileIdentity, ASummaryTileNeverSharesAnIdWithARealItem) {
@@ -160,62 +118,45 @@ TEST(TreemapTileIdentity, ASummaryTileNeverSharesAnIdWithARealItem) {
     EXPECT_EQ((MapTile{&real, {}, 0}).id(), "/m/__other");
 }
 
-TEST(TreemapWorstAspect, IsTheLargerOfBothRatiosOfTheRow) {
-    const std::vector<TreemapRowItem> one{{0, 10000}};
-    const std::vector<TreemapRowItem> two{{0, 10000}, {1, 10000}};
-    EXPECT_EQ(TreemapLayout::worstAspect(one, 100), 1.0);
-    EXPECT_EQ(TreemapLayout::worstAspect(two, 100), 4.0);
+TEST(TreemapWorstAspect, IsTheLargerRatioOfTheRowOrInfiniteWhenItCannotBeComputed) {
+    EXPECT_EQ(TreemapLayout::worstAspect(Row{{0, 10000}}, 100), 1.0);
+    EXPECT_EQ(TreemapLayout::worstAspect(Row{{0, 10000}, {1, 10000}}, 100), 4.0);
+    EXPECT_EQ(TreemapLayout::worstAspect(Row{}, 100), infinity);
+    EXPECT_EQ(TreemapLayout::worstAspect(Row{{0, 10}, {1, 0}}, 100), infinity);
+    EXPECT_EQ(TreemapLayout::worstAspect(Row{{0, 10}}, 0), infinity);
 }
 
-TEST(TreemapWorstAspect, IsInfiniteWhenItCannotBeComputed) {
-    const std::vector<TreemapRowItem> withZero{{0, 10}, {1, 0}};
-    const std::vector<TreemapRowItem> row{{0, 10}};
-    EXPECT_EQ(TreemapLayout::worstAspect({}, 100), infinity);
-    EXPECT_EQ(TreemapLayout::worstAspect(withZero, 100), infinity);
-    EXPECT_EQ(TreemapLayout::worstAspect(row, 0), infinity);
-}
-
-TEST(TreemapPlace, TheLastItemOfAColumnTakesExactlyWhatIsLeft) {
-    // The areas claim more than the rectangle holds: the column is clamped to the width
-    // and the last item gets the remaining height, not its own area's share.
-    std::vector<MapRect> frames(2);
-    MapRect rect{0, 0, 10, 4};
-    const std::vector<TreemapRowItem> row{{0, 30}, {1, 30}};
-    TreemapLayout::place(row, rect, frames);
-    expectFrame(frames[0], 0, 0, 10, 3);
-    expectFrame(frames[1], 0, 3, 10, 1);
-    expectFrame(rect, 10, 0, 0, 4);
-}
-
-TEST(TreemapPlace, TheLastItemOfAStripTakesExactlyWhatIsLeft) {
-    std::vector<MapRect> frames(3);
-    MapRect rect{1, 2, 4, 10};
-    const std::vector<TreemapRowItem> row{{2, 4}, {0, 2}};
-    TreemapLayout::place(row, rect, frames);
-    expectFrame(frames[2], 1, 2, 8.0 / 3, 1.5);
-    expectFrame(frames[0], 1 + 8.0 / 3, 2, 5 - (1 + 8.0 / 3), 1.5);
-    expectFrame(frames[1], 0, 0, 0, 0);
-    expectFrame(rect, 1, 3.5, 4, 8.5);
-}
-
-TEST(TreemapPlace, ARowWithoutAreaGetsEmptyFramesInsteadOfNotANumber) {
-    std::vector<MapRect> frames(2);
-    MapRect rect{0, 0, 10, 5};
-    const std::vector<TreemapRowItem> row{{0, 0}, {1, 0}};
-    TreemapLayout::place(row, rect, frames);
-    expectFrame(frames[0], 0, 0, 0, 0);
-    expectFrame(frames[1], 0, 0, 0, 5);
-    expectFrame(rect, 0, 0, 10, 5);
-}
-
-TEST(TreemapPlace, AnEmptyRowOrRectangleChangesNothing) {
-    std::vector<MapRect> frames(1);
-    MapRect rect{0, 0, 10, 0};
-    const std::vector<TreemapRowItem> row{{0, 5}};
-    TreemapLayout::place(row, rect, frames);
-    TreemapLayout::place({}, rect, frames);
-    expectFrame(frames[0], 0, 0, 0, 0);
-    expectFrame(rect, 0, 0, 10, 0);
+TEST(TreemapPlace, TheLastItemTakesExactlyWhatIsLeftAndNothingBecomesNotANumber) {
+    struct Case {
+        Row row;
+        MapRect rect;
+        std::vector<MapRect> frames;
+        MapRect rest;
+    };
+    const double third = 8.0 / 3;
+    const Case cases[] = {
+        // A column. The areas claim more than the rectangle holds: the column is clamped
+        // to the width and the last item gets the remaining height, not its own share.
+        {{{0, 30}, {1, 30}}, {0, 0, 10, 4}, {{0, 0, 10, 3}, {0, 3, 10, 1}}, {10, 0, 0, 4}},
+        // A strip.
+        {{{2, 4}, {0, 2}},
+         {1, 2, 4, 10},
+         {{1 + third, 2, 5 - (1 + third), 1.5}, {0, 0, 0, 0}, {1, 2, third, 1.5}},
+         {1, 3.5, 4, 8.5}},
+        // A row without area, an empty rectangle, an empty row.
+        {{{0, 0}, {1, 0}}, {0, 0, 10, 5}, {{0, 0, 0, 0}, {0, 0, 0, 5}}, {0, 0, 10, 5}},
+        {{{0, 5}}, {0, 0, 10, 0}, {{0, 0, 0, 0}}, {0, 0, 10, 0}},
+        {{}, {0, 0, 10, 0}, {{0, 0, 0, 0}}, {0, 0, 10, 0}},
+    };
+    for (size_t n = 0; n < std::size(cases); ++n) {
+        SCOPED_TRACE("case " + std::to_string(n));
+        std::vector<MapRect> frames(cases[n].frames.size());
+        MapRect rect = cases[n].rect;
+        TreemapLayout::place(cases[n].row, rect, frames);
+        for (size_t i = 0; i < frames.size(); ++i)
+            expectFrame(frames[i], cases[n].frames[i]);
+        expectFrame(rect, cases[n].rest);
+    }
 }
 
 TEST(TreemapPartition, RowsEndExactlyAtTheFarEdgeWhenTheAreasDoNotAddUp) {
