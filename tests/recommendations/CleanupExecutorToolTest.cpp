@@ -41,15 +41,17 @@ protected:
     std::string log() const { return tools / "log"; }
     std::string logged() const { return test::exists(log()) ? test::readFile(log()) : ""; }
 
-    // A fake tool: `answer` runs for the locate command (its first argument matches
-    // `locateVerb`), anything else is logged with the PATH it saw and runs `cleanup`.
-    void tool(const std::string& name, const std::string& locateVerb, const std::string& answer,
+    // A fake tool: `answer` runs for the locate command (its arguments are `locate`),
+    // anything else is logged with the PATH it saw and runs `cleanup`.
+    void tool(const std::string& name, const std::string& locate, const std::string& answer,
               const std::string& cleanup = "") {
-        const std::string path = tools / name;
-        test::writeFile(path, "#!/bin/sh\nif [ \"$1\" = " + locateVerb + " ]; then\n" + answer +
-                                  "\nexit\nfi\necho \"" + name + " $* PATH=$PATH\" >> '" + log() +
-                                  "'\n" + cleanup + "\n");
-        ::chmod(path.c_str(), 0755);
+        test::writeScript(tools / name, "if [ \"$*\" = '" + locate + "' ]; then\n" + answer +
+                                            "\nexit\nfi\necho \"" + name + " $* PATH=$PATH\" >> '" +
+                                            log() + "'\n" + cleanup + "\n");
+    }
+
+    std::string ran(const std::string& command) {
+        return command + " PATH=" + ToolSearchPath::joined(settings().searchPath) + "\n";
     }
 
     Recommendation built(const std::string& id, const std::string& relative) {
@@ -79,15 +81,9 @@ protected:
 
 }  // namespace
 
-TEST(CleanupExecutorSettings, StandardSettingsGiveAToolThreeMinutesAndThreeSecondsOfGrace) {
-    const auto settings = CleanupExecutorSettings::standard();
-    EXPECT_EQ(settings.toolTimeLimit, 180s);
-    EXPECT_EQ(settings.toolGrace, 3s);
-}
-
 TEST_F(ToolCleanup, RunsTheCleanupWhenTheToolReportsTheMeasuredCache) {
     const auto npm = built("npm", ".npm/_cacache");
-    tool("npm", "config", "echo '" + home / ".npm" + "'");
+    tool("npm", "config get cache", "echo '" + home / ".npm" + "'");
     const auto result = run(npm);
     EXPECT_TRUE(result.succeeded) << result.detail;
     EXPECT_EQ(result.detail,
@@ -97,24 +93,17 @@ TEST_F(ToolCleanup, RunsTheCleanupWhenTheToolReportsTheMeasuredCache) {
                             utilities + "\n");
     EXPECT_EQ(reported, std::vector<std::vector<std::string>>{npm.paths});
     EXPECT_TRUE(std::filesystem::is_empty(temporary.path())) << "the output file is removed";
-
-    CleanupReport report;
-    report.results = {result};
-    EXPECT_EQ(report.completedToolCount(), 1);
-    EXPECT_EQ(CleanupExecutor::actionDescription(npm), "Run the tool's own cache cleanup");
+    EXPECT_EQ(CleanupReport{.results = {result}}.completedToolCount(), 1);
 }
 
 TEST_F(ToolCleanup, WritesTheToolOutputToAVeldanToolFileInTheTemporaryFolder) {
     const auto uv = built("uv", ".cache/uv");
-    // Both uv commands start with "cache"; the locate command is "cache dir".
-    test::writeFile(tools / "uv",
-                    "#!/bin/sh\nif [ \"$2\" = dir ]; then readlink /proc/self/fd/2 > '" +
-                        tools / "target" + "'; echo '" + home / ".cache/uv" +
-                        "'; else echo \"uv $*\" >> '" + log() + "'; fi\n");
-    ::chmod((tools / "uv").c_str(), 0755);
+    tool(
+        "uv", "cache dir",
+        "readlink /proc/self/fd/2 > '" + tools / "target" + "'; echo '" + home / ".cache/uv" + "'");
     const auto result = run(uv);
     EXPECT_TRUE(result.succeeded) << result.detail;
-    EXPECT_EQ(logged(), "uv cache prune\n");
+    EXPECT_EQ(logged(), ran("uv cache prune"));
     const std::string target = test::readFile(tools / "target");
     EXPECT_TRUE(std::regex_search(
         target, std::regex("^" + temporary.path() +
@@ -125,7 +114,7 @@ TEST_F(ToolCleanup, WritesTheToolOutputToAVeldanToolFileInTheTemporaryFolder) {
 
 TEST_F(ToolCleanup, ACacheElsewhereRunsNothing) {
     const auto npm = built("npm", ".npm/_cacache");
-    tool("npm", "config", "echo /srv/other-cache/");
+    tool("npm", "config get cache", "echo /srv/other-cache/");
     const auto result = run(npm);
     EXPECT_FALSE(result.succeeded);
     EXPECT_EQ(result.detail,
@@ -134,51 +123,50 @@ TEST_F(ToolCleanup, ACacheElsewhereRunsNothing) {
     EXPECT_TRUE(reported.empty());
 }
 
-TEST_F(ToolCleanup, ATwoLineOrEmptyAnswerIsNotACacheLocation) {
+TEST_F(ToolCleanup, TwoLinesBlankOrOver4096BytesAreNotACacheLocation) {
     const auto uv = built("uv", ".cache/uv");
-    test::writeFile(tools / "uv", "#!/bin/sh\n[ \"$2\" = dir ] && printf '%s\\n%s\\n' '" +
-                                      home / ".cache/uv" + "' extra\n");
-    ::chmod((tools / "uv").c_str(), 0755);
+    tool("uv", "cache dir", "printf '%s\\n%s\\n' '" + home / ".cache/uv" + "' extra");
     EXPECT_EQ(run(uv).detail, "uv returned an unexpected cache location.");
-    test::writeFile(tools / "uv", "#!/bin/sh\nprintf '  \\n'\n");
+    tool("uv", "cache dir", "printf '  \\n'");
     EXPECT_EQ(run(uv).detail, "uv returned an unexpected cache location.");
-}
 
-TEST_F(ToolCleanup, AnAnswerOfAtMost4096BytesIsReadAndALongerOneIsNotACacheLocation) {
     const auto go = built("go", "go/pkg/mod");
     const std::string path = home / "go/pkg/mod";
     // The measured path padded with spaces to `bytes` in all, the line break included.
     auto padded = [&](size_t bytes) {
         return "printf '%s%" + std::to_string(bytes - path.size() - 1) + "s\\n' '" + path + "' ''";
     };
-    tool("go", "env", padded(4097));
+    tool("go", "env GOMODCACHE", padded(4097));
     EXPECT_EQ(run(go).detail, "go returned an unexpected cache location.");
     EXPECT_EQ(logged(), "");
-    tool("go", "env", padded(4096));
+    tool("go", "env GOMODCACHE", padded(4096));
     EXPECT_TRUE(run(go).succeeded) << "trailing space within the limit is trimmed";
-    EXPECT_EQ(logged(),
-              "go clean -modcache PATH=" + ToolSearchPath::joined(settings().searchPath) + "\n");
+    EXPECT_EQ(logged(), ran("go clean -modcache"));
 
     // The limit comes before the exit status: a failing answer that long is no location
     // either, and its output is not shown.
-    tool("go", "env", "printf '%4097s' ''\nexit 3");
+    tool("go", "env GOMODCACHE", "printf '%4097s' ''\nexit 3");
     EXPECT_EQ(run(go).detail, "go returned an unexpected cache location.");
 }
 
-TEST_F(ToolCleanup, ANonZeroExitGivesTheStatusAndTheOutputTail) {
+TEST_F(ToolCleanup, ANonZeroExitOrASignalGivesTheStatusAndTheOutputTail) {
+    const auto uv = built("uv", ".cache/uv");
+    tool("uv", "cache dir", "echo 'uv: crashed' >&2\nkill -USR1 $$\nsleep 5");
+    EXPECT_EQ(run(uv).detail, "uv exited with status " + std::to_string(SIGUSR1) + ". uv: crashed");
+
     const auto go = built("go", "go/pkg/mod");
-    tool("go", "env", "echo 'go: cannot find GOROOT' >&2\nexit 2");
+    tool("go", "env GOMODCACHE", "echo 'go: cannot find GOROOT' >&2\nexit 2");
     EXPECT_EQ(run(go).detail, "go exited with status 2. go: cannot find GOROOT")
         << "the tool's own words, without a full stop added";
 
     // A failing locate command's answer is at most 4096 bytes and is shown whole.
     const std::string words = "go: " + std::string(1000, 'y');
-    tool("go", "env", "printf '%s\\n' '" + words + "'\nexit 2");
+    tool("go", "env GOMODCACHE", "printf '%s\\n' '" + words + "'\nexit 2");
     EXPECT_EQ(run(go).detail, "go exited with status 2. " + words);
 
     // The cleanup fails after a long output: only the last 600 bytes are kept.
     std::string longLine(1500, 'x');
-    tool("go", "env", "echo '" + home / "go/pkg/mod" + "'",
+    tool("go", "env GOMODCACHE", "echo '" + home / "go/pkg/mod" + "'",
          "printf '%s\\n' '" + longLine + "'\nprintf 'permission\\n  denied!\\n'\nexit 1");
     const auto result = run(go);
     EXPECT_FALSE(result.succeeded);
@@ -188,15 +176,9 @@ TEST_F(ToolCleanup, ANonZeroExitGivesTheStatusAndTheOutputTail) {
     EXPECT_EQ(reported.size(), 1u) << "a cleanup that ran may have changed the cache";
 }
 
-TEST_F(ToolCleanup, AToolEndedByASignalGivesTheSignalNumberAsItsStatus) {
-    const auto uv = built("uv", ".cache/uv");
-    tool("uv", "cache", "echo 'uv: crashed' >&2\nkill -USR1 $$\nsleep 5");
-    EXPECT_EQ(run(uv).detail, "uv exited with status " + std::to_string(SIGUSR1) + ". uv: crashed");
-}
-
 TEST_F(ToolCleanup, AToolThatIgnoresTerminateIsKilledAfterTheGrace) {
     const auto uv = built("uv", ".cache/uv");
-    tool("uv", "cache", "trap '' TERM\nsleep 30\n");
+    tool("uv", "cache dir", "trap '' TERM\nsleep 30\n");
     auto configured = settings();
     configured.toolTimeLimit = 300ms;
     configured.toolGrace = 300ms;
@@ -220,7 +202,7 @@ TEST_F(ToolCleanup, AMissingToolLeavesTheOtherItemsCleanable) {
 
 TEST_F(ToolCleanup, AMeasuredCacheThatChangedRunsNothing) {
     const auto npm = built("npm", ".npm/_cacache");
-    tool("npm", "config", "echo '" + home / ".npm" + "'");
+    tool("npm", "config get cache", "echo '" + home / ".npm" + "'");
     ::rename((home / ".npm/_cacache").c_str(), (home / ".npm/old").c_str());
     test::makeFolders(home / ".npm/_cacache");
     EXPECT_EQ(run(npm).detail, "The measured cache folder changed since the scan: " +
@@ -236,19 +218,10 @@ TEST_F(ToolCleanup, AMeasuredCacheThatChangedRunsNothing) {
     EXPECT_EQ(logged(), "");
 }
 
-TEST_F(ToolCleanup, ACacheItemWithoutScannedFoldersRunsNothing) {
-    auto npm = built("npm", ".npm/_cacache");
-    tool("npm", "config", "echo '" + home / ".npm" + "'");
-    npm.paths.clear();
-    EXPECT_EQ(run(npm).detail, "No scanned folders are available.");
-    EXPECT_EQ(logged(), "");
-    EXPECT_TRUE(reported.empty());
-}
-
 TEST_F(ToolCleanup, ACacheReachedThroughALinkRunsNothing) {
     const auto npm = built("npm", ".npm/_cacache");
     // Between the checks of the measured folder and the answer, ~/.npm becomes a link.
-    tool("npm", "config",
+    tool("npm", "config get cache",
          "mv '" + home / ".npm" + "' '" + home / ".npm-real" + "'\nln -s .npm-real '" +
              home / ".npm" + "'\necho '" + home / ".npm" + "'");
     EXPECT_EQ(run(npm).detail,
@@ -259,16 +232,13 @@ TEST_F(ToolCleanup, ACacheReachedThroughALinkRunsNothing) {
 TEST_F(ToolCleanup, APnpmStoreInsideAMeasuredStoreIsPruned) {
     const auto pnpm = built("pnpm", "Library/pnpm/store");
     test::makeFolders(home / "Library/pnpm/store/v3");
-    test::writeFile(tools / "pnpm", "#!/bin/sh\nif [ \"$2\" = path ]; then cat '" +
-                                        tools / "answer" + "'; else echo \"pnpm $*\" >> '" + log() +
-                                        "'; fi\n");
-    ::chmod((tools / "pnpm").c_str(), 0755);
+    tool("pnpm", "store path", "cat '" + tools / "answer" + "'");
     test::writeFile(tools / "answer", home / "Library/pnpm/store/v3\n");
     const auto result = run(pnpm);
     EXPECT_TRUE(result.succeeded) << result.detail;
     EXPECT_EQ(result.detail,
               "pnpm pruned unreferenced packages. Space saved may be less than the scanned size.");
-    EXPECT_EQ(logged(), "pnpm store prune\n");
+    EXPECT_EQ(logged(), ran("pnpm store prune"));
 
     test::writeFile(tools / "answer", home / "Library/pnpm/store-other\n");
     EXPECT_EQ(run(pnpm).detail, "The active pnpm store is outside the location Veldan measured.");
@@ -279,26 +249,29 @@ TEST_F(ToolCleanup, APnpmStoreInsideAMeasuredStoreIsPruned) {
     EXPECT_EQ(run(pnpm).detail,
               "The active pnpm store now points through a symbolic link. Scan again before "
               "cleaning.");
-    EXPECT_EQ(logged(), "pnpm store prune\n") << "pruned only the first time";
+    EXPECT_EQ(logged(), ran("pnpm store prune")) << "pruned only the first time";
 
     auto none = pnpm;
     none.paths.clear();
     EXPECT_EQ(run(none).detail, "No scanned pnpm store is available.");
 }
 
-TEST_F(ToolCleanup, NoOutputFileMeansNoCommand) {
-    const auto npm = built("npm", ".npm/_cacache");
-    tool("npm", "config", "echo '" + home / ".npm" + "'");
+TEST_F(ToolCleanup, NoScannedFoldersOrNoOutputFileMeansNoCommand) {
+    auto npm = built("npm", ".npm/_cacache");
+    tool("npm", "config get cache", "echo '" + home / ".npm" + "'");
     environment.set("TMPDIR", temporary / "missing");
     EXPECT_EQ(run(npm).detail, "Could not prepare output for npm.");
+    npm.paths.clear();
+    EXPECT_EQ(run(npm).detail, "No scanned folders are available.");
     EXPECT_EQ(logged(), "");
+    EXPECT_TRUE(reported.empty());
 }
 
 TEST_F(ToolCleanup, CancellingEndsARunningToolAndStartsNoFurtherItem) {
     const auto uv = built("uv", ".cache/uv");
     const auto npm = built("npm", ".npm/_cacache");
-    tool("uv", "cache", "sleep 30");
-    tool("npm", "config", "echo '" + home / ".npm" + "'");
+    tool("uv", "cache dir", "sleep 30");
+    tool("npm", "config get cache", "echo '" + home / ".npm" + "'");
     ScanCancellation cancellation;
     auto configured = settings();
     configured.cancellation = &cancellation;
