@@ -25,7 +25,8 @@ TEST(OrbitItems, ShareTheTurnByBytesInChildOrderFromTheTop) {
         EXPECT_EQ(items[i].start, bounds[i]);
         EXPECT_EQ(items[i].end, bounds[i + 1]);
     }
-    EXPECT_TRUE(OrbitLayout::items(folderOfFiles("/m", {0, 0}).children).empty());
+    const auto empty = folderOfFiles("/m", {0, 0});
+    EXPECT_TRUE(OrbitLayout::items(empty.children).empty());
 }
 
 TEST(OrbitItems, EndsNeverPassAFullTurnWhileStartsKeepTheirTrueShares) {
@@ -81,7 +82,8 @@ TEST(OrbitHitTest, FindsTheSectorUnderThePointer) {
     EXPECT_EQ(OrbitSector::fraction({c, c + 80}, {c, c}), 0.5);
     EXPECT_EQ(OrbitSector::fraction({c - 80, c}, {c, c}), 0.75);
 
-    const auto none = OrbitLayout::items(folderOfFiles("/m", {0, 0, 0}).children);
+    const auto zeros = folderOfFiles("/m", {0, 0, 0});
+    const auto none = OrbitLayout::items(zeros.children);
     for (double x = 0; x <= diameter; x += 4) {
         for (double y = 0; y <= diameter; y += 4)
             ASSERT_FALSE(OrbitLayout::item(none, {x, y}, diameter).has_value());
