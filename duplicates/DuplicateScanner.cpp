@@ -18,6 +18,7 @@
 #include "duplicates/DuplicateHashWork.hpp"
 #include "duplicates/DuplicateWalkRules.hpp"
 #include "platform/Collation.hpp"
+#include "platform/PathAnchor.hpp"
 #include "platform/Paths.hpp"
 #include "platform/UniqueFd.hpp"
 #include "platform/Uuid.hpp"
@@ -54,11 +55,13 @@ void runWorkers(size_t count, const Body& body) {
 }
 
 std::optional<DuplicateCollectResult> collect(const std::string& root,
+                                              const DuplicateIdentity& rootIdentity,
                                               const DuplicateWalkRules& rules,
                                               const ScanCancellation& cancellation,
                                               const DuplicateScanProgress& progress,
                                               const DuplicateScanSeams& seams) {
-    DuplicateCollectWork work(root, DuplicateScanner::collectingWorkers, progress);
+    DuplicateCollectWork work(root, rootIdentity, DuplicateScanner::collectingWorkers,
+                              seams.sharedFolderLimit, progress);
     runWorkers(DuplicateScanner::collectingWorkers, [&](size_t index) {
         DuplicateCollectWorker(work, index, rules, cancellation, seams.afterListing).run();
     });
@@ -166,6 +169,12 @@ bool descriptorUnchanged(const DuplicateFile& file, int fd) {
     return status && DuplicateScanner::metadataMatches(file, *status);
 }
 
+bool isUnchangedAt(const DuplicateFile& file, const platform::PathAnchor& anchor) {
+    int error = 0;
+    const auto status = platform::statAt(anchor.folder(), anchor.rest(), false, error);
+    return status && DuplicateScanner::metadataMatches(file, *status);
+}
+
 // The reported groups: members that still match their snapshot (the others count as
 // unreadable), at least two of them, not one family of untouched clones; files in
 // Finder order, groups by extra bytes (most first) and then id.
@@ -215,12 +224,16 @@ std::optional<DuplicateScanResult> DuplicateScanner::scan(
     const DuplicateScanProgress& progress) const {
     const std::string root = platform::absolutePath(rootPath);
     int error = 0;
-    const auto rootStatus = platform::statPath(root, false, error);
-    if (!rootStatus || !rootStatus->isDirectory()) return std::nullopt;
-    if (!platform::openDirectory(root, error)) return std::nullopt;
+    const auto anchor = platform::PathAnchor::of(root, error);
+    if (!anchor) return std::nullopt;
+    const platform::UniqueFd rootFd(::openat(anchor->folder(), anchor->rest(),
+                                             O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    const auto rootStatus = rootFd ? platform::statDescriptor(rootFd.get(), error) : std::nullopt;
+    if (!rootStatus) return std::nullopt;
     const DuplicateWalkRules rules(root, rootStatus->device);
 
-    auto collected = collect(root, rules, cancellation, progress, seams_);
+    auto collected = collect(root, {rootStatus->device, rootStatus->inode}, rules, cancellation,
+                             progress, seams_);
     if (!collected) return std::nullopt;
     int64_t unreadable = collected->unreadable;
     const int64_t filesVisited = collected->filesVisited;
@@ -293,20 +306,22 @@ bool DuplicateScanner::metadataMatches(const DuplicateFile& file,
 
 bool DuplicateScanner::isUnchanged(const DuplicateFile& file) {
     int error = 0;
-    const auto status = platform::statPath(file.path, false, error);
-    return status && metadataMatches(file, *status);
+    const auto anchor = platform::PathAnchor::of(file.path, error);
+    return anchor && isUnchangedAt(file, *anchor);
 }
 
 std::optional<Sha256Digest> DuplicateScanner::hash(const DuplicateFile& file, bool sampled,
                                                    const ScanCancellation& cancellation,
                                                    const DuplicateScanSeams& seams) {
-    if (!DuplicateScanner::isUnchanged(file)) return std::nullopt;
+    int error = 0;
+    const auto anchor = platform::PathAnchor::of(file.path, error);
+    if (!anchor || !isUnchangedAt(file, *anchor)) return std::nullopt;
     if (seams.beforeOpen) seams.beforeOpen();
     // Non-blocking, so that a pipe swapped in since the status check cannot hold this
     // thread in open() for good (the trash executor's hash is never cancelled). Reads of a
     // regular file do not change, and the descriptor check rejects anything else.
-    platform::UniqueFd fd(
-        ::open(file.path.c_str(), O_RDONLY | O_NONBLOCK | O_NOFOLLOW | O_NOCTTY | O_CLOEXEC));
+    platform::UniqueFd fd(::openat(anchor->folder(), anchor->rest(),
+                                   O_RDONLY | O_NONBLOCK | O_NOFOLLOW | O_NOCTTY | O_CLOEXEC));
     if (!fd || !descriptorUnchanged(file, fd.get())) return std::nullopt;
 
     // One buffer per thread: hashing threads live for one phase, and a caller that hashes

@@ -5,6 +5,8 @@
 //  1. collecting: four workers walk the tree (never following links, never leaving the
 //     root's device, never entering packages or the Trash) and bucket every regular file
 //     of at least 1,000,000 bytes by its exact size; a hard-linked inode enters once.
+//     Folders are opened relative to their parent's descriptor, and files and folders
+//     reached by path are looked up in pieces, so trees deeper than PATH_MAX are compared.
 //  2. sampling: every file whose size is shared by another inode gets a SHA-256 of two
 //     64 KiB samples (first and last; files of 16 MiB or more a third, from the middle),
 //     up to four files at a time.
@@ -43,6 +45,9 @@ struct DuplicateScanSeams {
     std::function<void()> beforeOpen;
     // In hash(): a sample or chunk was read.
     std::function<void()> afterRead;
+    // How many listed folders the walk keeps open for their subfolders; the others are
+    // reached by path. Tests lower it to walk by paths alone.
+    int sharedFolderLimit = 192;
 };
 
 class DuplicateScanner {

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <atomic>
 #include <chrono>
+#include <climits>
 #include <functional>
 #include <future>
 #include <stdexcept>
@@ -15,6 +16,7 @@
 
 #include "platform/FileStatus.hpp"
 #include "platform/Sha256.hpp"
+#include "platform/UniqueFd.hpp"
 #include "tests/duplicates/DuplicateTestSupport.hpp"
 #include "tests/support/Files.hpp"
 #include "tests/support/IsolatedHome.hpp"
@@ -197,28 +199,61 @@ TEST_F(DuplicateScannerTest, NeverFollowsSymbolicLinks) {
     EXPECT_EQ(result->filesVisited, 2);
 }
 
-TEST_F(DuplicateScannerTest, AFolderSwappedForALinkAfterItsListingLeadsNowhere) {
-    // The scanned folder lives in "tree"; once it is listed, "tree" is swapped for a link
-    // to an outside tree with folders of the same names.
+TEST_F(DuplicateScannerTest, AFolderSwappedAfterItsParentsListingLeadsNowhere) {
+    // Once the root is listed, and before anything below it is opened, "d1" becomes a link
+    // to an outside folder and "d2" is replaced by another outside folder. Both outside
+    // folders hold a copy of "keep".
     test::TempDir outside;
     for (const char* folder : {"d1", "d2"}) {
         test::makeFolders(outside / folder);
         writeFileOfSize(outside / folder + "/f", megabyte, 30);
     }
-    write("tree/d1/a", megabyte, 31);
-    write("tree/d2/b", megabyte, 32);
-    const std::string root = path("tree");
+    write("keep", megabyte, 30);
+    write("d1/a", megabyte, 31);
+    write("d2/b", megabyte, 32);
     DuplicateScanSeams seams;
     std::atomic<int> listed = 0;
     seams.afterListing = [&] {
         if (++listed != 1) return;
-        ASSERT_EQ(::rename(root.c_str(), path("moved").c_str()), 0);
-        test::makeSymlink(outside.path(), root);
+        ASSERT_EQ(::rename(path("d1").c_str(), path("moved1").c_str()), 0);
+        test::makeSymlink(outside / "d1", path("d1"));
+        ASSERT_EQ(::rename(path("d2").c_str(), path("moved2").c_str()), 0);
+        ASSERT_EQ(::rename((outside / "d2").c_str(), path("d2").c_str()), 0);
     };
-    const auto result = DuplicateScanner({}, seams).scan(root, cancellation_);
+    const auto result = DuplicateScanner({}, seams).scan(dir_.path(), cancellation_);
     ASSERT_TRUE(result);
-    EXPECT_TRUE(result->groups.empty()) << "the outside copies were read";
-    EXPECT_EQ(result->filesVisited, 0);
+    EXPECT_TRUE(result->groups.empty()) << "an outside copy was read";
+    EXPECT_EQ(result->filesVisited, 1);
+    EXPECT_EQ(result->unreadableFiles, 2);
+}
+
+TEST_F(DuplicateScannerTest, CopiesDeeperThanPathMaxAreCompared) {
+    write("top", megabyte, 33);
+    const std::string contents = test::readFile(path("top"));
+    platform::UniqueFd folder(::open(dir_.path().c_str(), O_RDONLY | O_DIRECTORY));
+    std::string deep = dir_.path();
+    for (int level = 0; level < 80; ++level) {  // about 4,900 bytes of path
+        const std::string name(60, 'd');
+        ASSERT_EQ(::mkdirat(folder.get(), name.c_str(), 0755), 0);
+        folder = platform::UniqueFd(::openat(folder.get(), name.c_str(), O_RDONLY | O_DIRECTORY));
+        deep += "/" + name;
+    }
+    for (const char* name : {"a", "b"}) {
+        const platform::UniqueFd file(::openat(folder.get(), name, O_WRONLY | O_CREAT, 0644));
+        ASSERT_EQ(::write(file.get(), contents.data(), contents.size()),
+                  static_cast<ssize_t>(contents.size()));
+    }
+    ASSERT_GT(deep.size(), size_t{PATH_MAX});
+    // Folders opened relative to their parents, and all of them reached by path, as when
+    // the walk already keeps its share of folders open.
+    for (const int openFolders : {DuplicateScanSeams{}.sharedFolderLimit, 0}) {
+        DuplicateScanSeams seams;
+        seams.sharedFolderLimit = openFolders;
+        const auto result = DuplicateScanner({}, seams).scan(dir_.path(), cancellation_);
+        ASSERT_TRUE(result);
+        EXPECT_EQ(groupPaths(*result), (Groups{{deep + "/a", deep + "/b", path("top")}}));
+        EXPECT_EQ(result->unreadableFiles, 0);
+    }
 }
 
 TEST_F(DuplicateScannerTest, OrdersFilesInFinderOrderAndEqualGroupsById) {
