@@ -16,6 +16,7 @@
 #include "duplicates/DuplicateCollectWork.hpp"
 #include "duplicates/DuplicateCollectWorker.hpp"
 #include "duplicates/DuplicateHashWork.hpp"
+#include "duplicates/DuplicatePrefixBoard.hpp"
 #include "duplicates/DuplicateWalkRules.hpp"
 #include "platform/Collation.hpp"
 #include "platform/PathAnchor.hpp"
@@ -103,8 +104,11 @@ std::vector<DuplicateCandidate> selectCandidates(DuplicateCollectResult& collect
     return candidates;
 }
 
+// Entire reads (with a board) end early for candidates shown to differ from the rest of
+// their group.
 std::optional<Digests> hashCandidates(const std::vector<DuplicateCandidate>& candidates,
                                       bool sampled, DuplicateScanPhase phase, size_t maximumWorkers,
+                                      DuplicatePrefixBoard* board,
                                       const ScanCancellation& cancellation,
                                       const DuplicateScanProgress& progress,
                                       const DuplicateScanSeams& seams) {
@@ -115,9 +119,16 @@ std::optional<Digests> hashCandidates(const std::vector<DuplicateCandidate>& can
         while (!cancellation.cancelled()) {
             const auto index = work.take();
             if (!index) return;
-            auto digest =
-                DuplicateScanner::hash(candidates[*index].file, sampled, cancellation, seams);
+            DuplicateScanner::PrefixCheck stillNeeded;
+            if (board) {
+                stillNeeded = [board, i = *index](const Sha256Digest& prefix) {
+                    return board->post(i, prefix);
+                };
+            }
+            auto digest = DuplicateScanner::hash(candidates[*index].file, sampled, cancellation,
+                                                 seams, stillNeeded);
             if (cancellation.cancelled()) return;
+            if (board && !digest) board->drop(*index);
             work.finish(digest, *index);
         }
     });
@@ -125,14 +136,15 @@ std::optional<Digests> hashCandidates(const std::vector<DuplicateCandidate>& can
     return work.takeDigests();
 }
 
-// Candidates by (size, digest), keeping only keys shared by two or more; each candidate
-// without a digest counts one unreadable file.
+// Candidates by (size, digest), keeping only keys shared by two or more. A candidate
+// without a digest counts one unreadable file, unless the board stopped it.
 DigestGroups groupByDigest(const std::vector<DuplicateCandidate>& candidates,
-                           const Digests& digests, int64_t& unreadable) {
+                           const Digests& digests, const DuplicatePrefixBoard* board,
+                           int64_t& unreadable) {
     DigestGroups groups;
     for (size_t i = 0; i < candidates.size(); ++i) {
         if (!digests[i]) {
-            ++unreadable;
+            if (!board || !board->stopped(i)) ++unreadable;
             continue;
         }
         groups[DuplicateDigestKey{candidates[i].file.bytes, *digests[i]}].push_back(i);
@@ -239,22 +251,29 @@ std::optional<DuplicateScanResult> DuplicateScanner::scan(
     const int64_t filesVisited = collected->filesVisited;
     const std::vector<DuplicateCandidate> sampling = selectCandidates(*collected);
 
-    const auto sampleDigests = hashCandidates(sampling, true, DuplicateScanPhase::sampling,
-                                              samplingWorkers, cancellation, progress, seams_);
+    const auto sampleDigests =
+        hashCandidates(sampling, true, DuplicateScanPhase::sampling, samplingWorkers, nullptr,
+                       cancellation, progress, seams_);
     if (!sampleDigests) return std::nullopt;
     // Largest sizes first, so the last file handed out is a small one and neither
-    // verifying worker is left alone with a long read at the end.
+    // verifying worker is left alone with a long read at the end. A group's files are
+    // handed out one after another, so both workers read the same group and a difference
+    // stops both reads.
     std::vector<DuplicateCandidate> verifying;
-    const DigestGroups sampleGroups = groupByDigest(sampling, *sampleDigests, unreadable);
+    std::vector<size_t> groupSizes;
+    const DigestGroups sampleGroups = groupByDigest(sampling, *sampleDigests, nullptr, unreadable);
     for (auto group = sampleGroups.rbegin(); group != sampleGroups.rend(); ++group) {
         for (size_t index : group->second)
             verifying.push_back(sampling[index]);
+        groupSizes.push_back(group->second.size());
     }
 
-    const auto fullDigests = hashCandidates(verifying, false, DuplicateScanPhase::verifying,
-                                            verifyingWorkers, cancellation, progress, seams_);
+    DuplicatePrefixBoard board(groupSizes);
+    const auto fullDigests =
+        hashCandidates(verifying, false, DuplicateScanPhase::verifying, verifyingWorkers, &board,
+                       cancellation, progress, seams_);
     if (!fullDigests) return std::nullopt;
-    const DigestGroups fullGroups = groupByDigest(verifying, *fullDigests, unreadable);
+    const DigestGroups fullGroups = groupByDigest(verifying, *fullDigests, &board, unreadable);
     if (cancellation.cancelled()) return std::nullopt;
 
     DuplicateScanResult result;
@@ -312,7 +331,8 @@ bool DuplicateScanner::isUnchanged(const DuplicateFile& file) {
 
 std::optional<Sha256Digest> DuplicateScanner::hash(const DuplicateFile& file, bool sampled,
                                                    const ScanCancellation& cancellation,
-                                                   const DuplicateScanSeams& seams) {
+                                                   const DuplicateScanSeams& seams,
+                                                   const PrefixCheck& stillNeeded) {
     int error = 0;
     const auto anchor = platform::PathAnchor::of(file.path, error);
     if (!anchor || !isUnchangedAt(file, *anchor)) return std::nullopt;
@@ -351,6 +371,7 @@ std::optional<Sha256Digest> DuplicateScanner::hash(const DuplicateFile& file, bo
                 return std::nullopt;
             digest.update(buffer.data(), chunk);
             if (seams.afterRead) seams.afterRead();
+            if (stillNeeded && !stillNeeded(digest.peek())) return std::nullopt;
             offset += static_cast<int64_t>(chunk);
         }
     }
