@@ -77,14 +77,15 @@ std::optional<DevCleanupResult> search(const std::string& root, bool& stopped) {
     return result;
 }
 
-bool confirmMove(const std::vector<DevCleanupItem>& items, const DevCleanupResult& result) {
-    std::vector<std::string> paths;
+bool confirmMove(const std::vector<DevCleanupItem>& items) {
+    std::vector<const DevCleanupItem*> selected;
     for (const auto& item : items)
-        paths.push_back(item.path);
+        selected.push_back(&item);
     std::cerr << "Veldan will check each selected folder again before moving it; folders that "
                  "changed since this search stay in place.\n";
     return askYesNo("Move " +
-                    foldersText(static_cast<int64_t>(items.size()), result.unionBytes(paths)) +
+                    foldersText(static_cast<int64_t>(items.size()),
+                                DevCleanupResult::unionBytes(std::move(selected))) +
                     " to Trash?");
 }
 
@@ -183,7 +184,7 @@ int runDev(const DevOptions& options) {
     if (options.trash) {
         if (selection.items.empty()) {
             std::cerr << "No folders are selected; nothing was moved.\n";
-        } else if (!options.yes && !confirmMove(selection.items, *result)) {
+        } else if (!options.yes && !confirmMove(selection.items)) {
             std::cerr << "Nothing was moved.\n";
         } else {
             report = moveSelection(selection.items, result->scope);

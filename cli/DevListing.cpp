@@ -41,21 +41,19 @@ DevListing listItems(const DevCleanupResult& result, const DevFilter& filter,
     const int64_t nowSeconds =
         std::chrono::duration_cast<std::chrono::seconds>(now.time_since_epoch()).count();
     DevListing listing;
-    std::vector<std::string> paths;
     int64_t sum = 0;
     for (const auto& item : result.items) {
         if (!filter.kinds.empty() && !filter.kinds.contains(item.kind)) continue;
         if (filter.olderThanSeconds && nowSeconds - item.modifiedSeconds < *filter.olderThanSeconds)
             continue;
         listing.shown.push_back(&item);
-        paths.push_back(item.path);
         sum = saturatingAdd(sum, item.bytes);
     }
     // The result is largest first; a stable sort by kind keeps that within each group.
     std::stable_sort(
         listing.shown.begin(), listing.shown.end(),
         [](const DevCleanupItem* a, const DevCleanupItem* b) { return a->kind < b->kind; });
-    listing.shownBytes = result.unionBytes(paths);
+    listing.shownBytes = DevCleanupResult::unionBytes(listing.shown);
     listing.overlaps = listing.shownBytes < sum;
     return listing;
 }

@@ -63,17 +63,14 @@ void writeDevItems(std::ostream& out, const DevCleanupResult& result, const DevL
     for (size_t i = 0; i < listing.shown.size(); ++i) {
         const DevCleanupItem& item = *listing.shown[i];
         if (!previous || previous->kind != item.kind) {
-            int64_t count = 0;
-            std::vector<std::string> paths;
-            for (size_t j = i; j < listing.shown.size() && listing.shown[j]->kind == item.kind;
-                 ++j) {
-                ++count;
-                paths.push_back(listing.shown[j]->path);
-            }
+            std::vector<const DevCleanupItem*> group;
+            for (size_t j = i; j < listing.shown.size() && listing.shown[j]->kind == item.kind; ++j)
+                group.push_back(listing.shown[j]);
+            const auto count = static_cast<int64_t>(group.size());
             out << '\n'
                 << style.bold(std::string(devCleanupKindRule(item.kind).label) + " \u00b7 " +
                               plural(count, "folder", "folders") + " \u00b7 " +
-                              SizeText::string(result.unionBytes(paths)))
+                              SizeText::string(DevCleanupResult::unionBytes(std::move(group))))
                 << '\n';
         }
         writeItem(out, item, options, style);

@@ -23,9 +23,9 @@ struct DevCleanupResult {
     int64_t bytes = 0;  // unionBytes() of every item
     std::map<std::string, int64_t> itemBytesByPath;
 
-    // The bytes of those `paths` that are items, a folder lying inside another one of
-    // them counted once.
-    int64_t unionBytes(const std::vector<std::string>& paths) const;
+    // The bytes of `items`, a folder lying inside another one of them counted once
+    // (its bytes are already in the outer one's).
+    static int64_t unionBytes(std::vector<const DevCleanupItem*> items);
 };
 
 }  // namespace veldan

@@ -91,8 +91,9 @@ std::optional<std::vector<DevCandidate>> discover(const std::string& scope, cons
 
 // Nothing when the candidate cannot be opened, or changed while it was measured; then
 // `unreadable` grows by one. `unreadable` also receives what the walk could not read.
-std::optional<DevCleanupItem> measureCandidate(const DevCandidate& candidate,
-                                               DevTreeMeasurer& measurer, int64_t& unreadable) {
+// The candidate's path moves into the item.
+std::optional<DevCleanupItem> measureCandidate(DevCandidate& candidate, DevTreeMeasurer& measurer,
+                                               int64_t& unreadable) {
     int error = 0;
     platform::UniqueFd fd = openFolderAtPath(candidate.path, error);
     const auto before = fd ? platform::statDescriptor(fd.get(), error) : std::nullopt;
@@ -109,14 +110,14 @@ std::optional<DevCleanupItem> measureCandidate(const DevCandidate& candidate,
     }
     unreadable += measured.unreadableItems;
     DevCleanupItem item;
-    static_cast<DevCandidate&>(item) = candidate;
+    static_cast<DevCandidate&>(item) = std::move(candidate);
     item.bytes = measured.bytes;
     item.unreadableItems = measured.unreadableItems;
     item.contentsFingerprint = measured.fingerprint;
     return item;
 }
 
-std::optional<DevMeasurementState::Snapshot> measure(const std::vector<DevCandidate>& candidates,
+std::optional<DevMeasurementState::Snapshot> measure(std::vector<DevCandidate>& candidates,
                                                      const ScanCancellation& cancellation,
                                                      const DevCleanupScanProgress& progress) {
     const auto phase = DevCleanupScanPhase::measuring;
@@ -167,9 +168,10 @@ std::optional<DevCleanupResult> DevCleanupScanner::scan(
     const std::string& scope, const ScanCancellation& cancellation,
     const DevCleanupScanProgress& progress) const {
     int64_t discoveryUnreadable = 0;
-    const auto candidates = discover(scope, home_, cancellation, progress, discoveryUnreadable);
+    auto candidates = discover(scope, home_, cancellation, progress, discoveryUnreadable);
     if (!candidates) return std::nullopt;
     auto measured = measure(*candidates, cancellation, progress);
+    candidates.reset();
     if (!measured) return std::nullopt;
 
     DevCleanupResult result;
@@ -183,13 +185,13 @@ std::optional<DevCleanupResult> DevCleanupScanner::scan(
               });
     result.unreadableItems = saturatingAdd(measured->unreadable, discoveryUnreadable);
     result.scannedAt = std::chrono::system_clock::now();
-    std::vector<std::string> paths;
-    paths.reserve(result.items.size());
+    std::vector<const DevCleanupItem*> all;
+    all.reserve(result.items.size());
     for (const auto& item : result.items) {
         result.itemBytesByPath.emplace(item.path, item.bytes);
-        paths.push_back(item.path);
+        all.push_back(&item);
     }
-    result.bytes = result.unionBytes(paths);
+    result.bytes = DevCleanupResult::unionBytes(std::move(all));
     return result;
 }
 

@@ -8,7 +8,7 @@
 namespace veldan {
 
 DevMeasurementState::DevMeasurementState(size_t count)
-    : results_(count), lastProgress_(platform::uptimeSeconds()) {}
+    : results_(count), measured_(count, 0), lastProgress_(platform::uptimeSeconds()) {}
 
 std::optional<size_t> DevMeasurementState::take() {
     std::lock_guard guard(lock_);
@@ -19,7 +19,10 @@ std::optional<size_t> DevMeasurementState::take() {
 int64_t DevMeasurementState::finish(size_t index, std::optional<DevCleanupItem> item,
                                     int64_t unreadable) {
     std::lock_guard guard(lock_);
-    results_[index] = std::move(item);
+    if (item) {
+        results_[index] = std::move(*item);
+        measured_[index] = 1;
+    }
     unreadableCount_ = saturatingAdd(unreadableCount_, unreadable);
     return ++completed_;
 }
@@ -34,14 +37,15 @@ std::optional<int64_t> DevMeasurementState::dueReport() {
 
 DevMeasurementState::Snapshot DevMeasurementState::snapshot() {
     std::lock_guard guard(lock_);
-    Snapshot snapshot;
-    snapshot.unreadable = unreadableCount_;
-    snapshot.items.reserve(results_.size());
-    for (auto& result : results_) {
-        if (result) snapshot.items.push_back(std::move(*result));
+    size_t kept = 0;
+    for (size_t i = 0; i < results_.size(); ++i) {
+        if (!measured_[i]) continue;
+        if (kept != i) results_[kept] = std::move(results_[i]);
+        ++kept;
     }
-    results_ = {};
-    return snapshot;
+    results_.resize(kept);
+    measured_ = {};
+    return Snapshot{std::move(results_), unreadableCount_};
 }
 
 }  // namespace veldan

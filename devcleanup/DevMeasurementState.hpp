@@ -38,7 +38,10 @@ public:
 private:
     std::mutex lock_;
     size_t nextIndex_ = 0;
-    std::vector<std::optional<DevCleanupItem>> results_;
+    // One slot per candidate, filled in place, and which slots hold an item: with a
+    // hundred thousand candidates, the items are never held twice.
+    std::vector<DevCleanupItem> results_;
+    std::vector<char> measured_;
     int64_t unreadableCount_ = 0;
     int64_t completed_ = 0;
     double lastProgress_ = 0;

@@ -157,11 +157,24 @@ TEST_F(DevCleanupMeasureTest, FingerprintNoticesEveryChangeInside) {
 }
 
 TEST(DevCleanupScanner, ItemsComeLargestFirstAndTheTotalCountsOverlapsOnce) {
-    DevCleanupResult result;
-    result.itemBytesByPath = {
-        {"/p/node_modules", 100}, {"/p/node_modules/x/target", 40}, {"/q/.venv", 10}};
-    EXPECT_EQ(result.unionBytes({"/p/node_modules", "/p/node_modules/x/target", "/q/.venv"}), 110);
-    EXPECT_EQ(result.unionBytes({"/p/node_modules/x/target", "/q/.venv", "/elsewhere"}), 50);
+    std::vector<DevCleanupItem> items(5);
+    const std::pair<const char*, int64_t> folders[] = {{"/p/node_modules", 100},
+                                                       {"/p/node_modules-x/target", 20},
+                                                       {"/p/node_modules/x/target", 40},
+                                                       {"/p/node_modules/x/target", 40},
+                                                       {"/q/.venv", 10}};
+    for (size_t i = 0; i < items.size(); ++i) {
+        items[i].path = folders[i].first;
+        items[i].bytes = folders[i].second;
+    }
+    const auto unionOf = [&](std::vector<size_t> indexes) {
+        std::vector<const DevCleanupItem*> chosen;
+        for (size_t i : indexes)
+            chosen.push_back(&items[i]);
+        return DevCleanupResult::unionBytes(chosen);
+    };
+    EXPECT_EQ(unionOf({4, 2, 1, 0, 3}), 130);
+    EXPECT_EQ(unionOf({2, 3, 4}), 50);
 
     test::TempDir dir;
     test::layOut(dir.path(), {"small/Cargo.toml", "small/target/", "big/package.json",
