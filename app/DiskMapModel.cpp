@@ -1,5 +1,5 @@
 // Construction, startup, the published-state helpers and the companion checks (access,
-// volume, freshness, exploration). The scan lifecycle is in DiskMapModelScan.cpp.
+// volume, freshness). The scan lifecycle is in DiskMapModelScan.cpp.
 
 #include "app/DiskMapModel.hpp"
 
@@ -20,11 +20,6 @@ struct DiskMapModel::Startup {
     std::string lastScanPath = startupDiskURL;
     std::optional<std::string> commandLineFolder;  // "--scan" named an existing folder
     bool hasCommandLine = false;
-};
-
-struct DiskMapModel::Exploration {
-    std::optional<SubtreeScan> folder;
-    std::string problem;  // why there is no folder, unless the exploration was stopped
 };
 
 DiskMapModelOptions DiskMapModelOptions::fromApplication() {
@@ -74,7 +69,8 @@ DiskMapModel::DiskMapModel(DiskMapModelOptions options, QObject* parent)
 
 DiskMapModel::~DiskMapModel() {
     freshnessTimer_.stop();
-    for (auto* token : {&cancellation_, &explorationCancellation_}) {
+    for (auto* token : {&cancellation_, &explorationCancellation_, &cleanupCancellation_,
+                        &duplicateCancellation_, &folderRescanCancellation_}) {
         if (*token) (*token)->cancel();
     }
     tasks_.waitForDone();
@@ -103,7 +99,7 @@ void DiskMapModel::applyStartup(Startup startup) {
 
 bool DiskMapModel::isDoingBackgroundWork() const {
     return isScanning_ || isCleaning_ || isFindingDuplicates_ || isMovingDuplicates_ ||
-           isExploring();
+           isExploring() || folderRescanCancellation_ != nullptr;
 }
 
 void DiskMapModel::updateBackgroundActivity() {
@@ -182,75 +178,6 @@ void DiskMapModel::markMapNeedsRefresh(const std::vector<std::string>& affectedP
                    if (!affects || snapshot_ != shown || mapNeedsRefresh_) return;
                    publish(mapNeedsRefresh_, true, &DiskMapModel::mapNeedsRefreshChanged);
                });
-}
-
-void DiskMapModel::explore(const std::string& folderPath, const std::string& name) {
-    cancelExploration();
-    const std::string path = platform::standardizePath(folderPath);
-    exploringPath_ = path;
-    exploringName_ = name;
-    exploringFolder_ = explorationCache_.find(path, scanGeneration_);
-    exploredFolderCount_ = exploringFolder_ ? exploringFolder_->folders : 0;
-    exploredFileCount_ = exploringFolder_ ? exploringFolder_->files : 0;
-    if (exploringFolder_) {
-        Q_EMIT explorationChanged();
-        return;
-    }
-    auto token = std::make_shared<ScanCancellation>();
-    explorationCancellation_ = token;
-    Q_EMIT explorationChanged();
-    updateBackgroundActivity();
-
-    const int64_t generation = scanGeneration_;
-    tasks_.run(
-        [this, token, path] {
-            auto progress = [this, token](const std::string&, int64_t folders, int64_t files) {
-                tasks_.toReceiver([this, token, folders, files] {
-                    if (explorationCancellation_ != token) return;
-                    exploredFolderCount_ = folders;
-                    exploredFileCount_ = files;
-                    Q_EMIT explorationChanged();
-                });
-            };
-            Exploration answer{DiskScanner().scanSubtree(path, *token, progress), {}};
-            if (!answer.folder && !token->cancelled()) {
-                answer.problem = DiskScanner::rootProblem(path).value_or(
-                    "Veldan could not measure this folder. Scan again.");
-            }
-            return answer;
-        },
-        [this, token, path, generation](Exploration answer) {
-            if (explorationCancellation_ != token) return;
-            explorationCancellation_.reset();
-            updateBackgroundActivity();
-            if (!answer.folder) {
-                setScanError(answer.problem);
-                exploringPath_.clear();
-                exploringName_.clear();
-                Q_EMIT explorationChanged();
-                return;
-            }
-            auto folder = std::make_shared<const SubtreeScan>(std::move(*answer.folder));
-            explorationCache_.remember(path, generation, folder);
-            exploringFolder_ = std::move(folder);
-            exploredFolderCount_ = exploringFolder_->folders;
-            exploredFileCount_ = exploringFolder_->files;
-            Q_EMIT explorationChanged();
-        });
-}
-
-void DiskMapModel::cancelExploration() {
-    const bool wasExploring = isExploring();
-    if (explorationCancellation_) explorationCancellation_->cancel();
-    explorationCancellation_.reset();
-    if (exploringPath_.empty() && !exploringFolder_) return;
-    exploringPath_.clear();
-    exploringName_.clear();
-    exploringFolder_.reset();
-    exploredFolderCount_ = 0;
-    exploredFileCount_ = 0;
-    Q_EMIT explorationChanged();
-    if (wasExploring) updateBackgroundActivity();
 }
 
 }  // namespace veldan

@@ -105,6 +105,8 @@ public:
         ". Showing the startup disk instead.";
     static constexpr const char* reportMapChangedError =
         "The map changed while choosing a report destination. Save it again.";
+    static constexpr const char* folderNotOnMapError =
+        "This folder isn\u2019t shown on its own in the map. Scan again to update it.";
     static constexpr const char* selectionChangedNotice =
         "Some selected locations changed since the saved map. Review the updated recommendations "
         "before cleaning.";
@@ -161,6 +163,8 @@ public:
     int64_t exploredFolderCount() const { return exploredFolderCount_; }
     int64_t exploredFileCount() const { return exploredFileCount_; }
     bool isExploring() const { return explorationCancellation_ != nullptr; }
+    // The folder being measured again by rescanFolder; empty when none.
+    const std::string& rescanningFolder() const { return rescanningFolder_; }
 
     // The recommendation cleanup: items started so far of the total, the one running,
     // and the report of the last run.
@@ -234,6 +238,12 @@ public:
     void explore(const std::string& folderPath, const std::string& name);
     // Stops an exploration and leaves the explored folder.
     void cancelExploration();
+    // "Rescan This Folder": measures one folder of the map again and puts it in place,
+    // with its parents' totals, without rescanning the rest. Refused like a scan start.
+    // The selection keeps what still exists; a folder that is not a node of the map (folded
+    // into "Other") ends in scanError.
+    void rescanFolder(const std::string& folderPath);
+    void cancelFolderRescan();
 
     // The selection of recommendations (by ID) to clean or to copy as a script.
     void setRecommendationSelected(const std::string& id, bool selected);
@@ -308,6 +318,7 @@ Q_SIGNALS:
     void scanProgressChanged();
     // Every exploring… and explored… value.
     void explorationChanged();
+    void folderRescanChanged();
     // Every cleanup… value and isCleaning.
     void cleanupChanged();
     // duplicateResult, duplicateScanError and duplicateNeedsRefresh.
@@ -325,6 +336,7 @@ private:
     struct ScanResult;
     struct Restore;
     struct Exploration;
+    struct FolderRescanResult;
 
     template <class T, class Signal>
     void publish(T& field, T value, Signal signal) {
@@ -392,6 +404,7 @@ private:
     std::shared_ptr<const SubtreeScan> exploringFolder_;
     int64_t exploredFolderCount_ = 0;
     int64_t exploredFileCount_ = 0;
+    std::string rescanningFolder_;
     bool isDoingBackgroundWork_ = false;
     bool needsOnboarding_ = false;
     bool isCleaning_ = false;
@@ -418,6 +431,7 @@ private:
     std::shared_ptr<ScanCancellation> explorationCancellation_;
     std::shared_ptr<ScanCancellation> cleanupCancellation_;
     std::shared_ptr<ScanCancellation> duplicateCancellation_;
+    std::shared_ptr<ScanCancellation> folderRescanCancellation_;
     uint64_t lastToken_ = 0;
     std::optional<uint64_t> startToken_;  // a scan start whose folder is being checked
     std::optional<uint64_t> restoreToken_;

@@ -88,6 +88,7 @@ void DiskMapModel::beginScan(const std::string& path, const ScanRoot& root,
     if (isScanning_) cancelScan();
     clearDuplicates();
     setDuplicateScopeOverride(std::nullopt);
+    cancelFolderRescan();
     cancelExploration();
     explorationCache_.clear();
 
@@ -255,6 +256,7 @@ void DiskMapModel::openSavedScan(const std::string& path, bool fromRecentMenu) {
     if (isScanning_) cancelScan();
     startToken_.reset();
     cancelDuplicateScan();
+    cancelFolderRescan();
     cancelExploration();
     explorationCache_.clear();
     snapshotCategoryBytes_.clear();

@@ -6,6 +6,7 @@
 
 #include <QSignalSpy>
 #include <QTimer>
+#include <algorithm>
 #include <future>
 
 #include "app/DiskMapModel.hpp"
@@ -328,6 +329,42 @@ TEST_F(DiskMapModelScanTest, ExploredFolderIsKeptForTheCurrentMapOnly) {
     model->explore(path + "/inner", "inner");
     EXPECT_FALSE(model->exploringFolder());
     EXPECT_TRUE(model->isExploring());
+}
+
+TEST_F(DiskMapModelScanTest, RescannedFolderIsPutInPlaceWithItsParentsTotals) {
+    const std::string path = folder("Rescan");
+    for (int index = 0; index < 18; ++index) {  // the smallest is folded into "Other"
+        const std::string small = path + "/many/f" + std::to_string(index);
+        makeFolders(small);
+        writeFileOfSize(small + "/x", 4096 * (index + 1));
+    }
+    auto model = startedModel();
+    scanAndWait(*model, path);
+    const auto before = model->snapshot();
+    writeFileOfSize(path + "/inner/grown.bin", 500'000);
+
+    model->rescanFolder(path + "/inner");
+    EXPECT_TRUE(model->isDoingBackgroundWork());
+    ASSERT_TRUE(waitUntil([&] { return model->snapshot() != before; }));
+    auto inner = [&](const DiskNode& root) {
+        auto found =
+            std::find_if(root.children.begin(), root.children.end(),
+                         [&](const DiskNode& child) { return child.path == path + "/inner"; });
+        return found == root.children.end() ? -1 : found->bytes;
+    };
+    const auto& root = model->snapshot()->root;
+    const int64_t grown = allocatedBytes(path + "/inner/grown.bin");
+    EXPECT_EQ(root.bytes - before->root.bytes, grown);
+    EXPECT_EQ(inner(root) - inner(before->root), grown);
+    EXPECT_TRUE(DiskNode::ordersBefore(root.children[0], root.children[1]));
+    EXPECT_TRUE(DiskNode::ordersBefore(root.children[1], root.children[2]));
+    EXPECT_EQ(model->scanGeneration(), 1);
+
+    model->rescanFolder(path + "/many/f0");
+    ASSERT_TRUE(waitUntil([&] { return model->scanError().has_value(); }));
+    EXPECT_EQ(model->scanError(),
+              "This folder isn\u2019t shown on its own in the map. Scan again to update it.");
+    EXPECT_FALSE(model->isDoingBackgroundWork());
 }
 
 }  // namespace
