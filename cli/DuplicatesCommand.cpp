@@ -6,7 +6,7 @@
 #include <memory>
 #include <string>
 
-#include "app/ScanJob.hpp"
+#include "app/CleanupAftermath.hpp"
 #include "cli/CommandRegistry.hpp"
 #include "cli/CommandScan.hpp"
 #include "cli/Confirmation.hpp"
@@ -81,9 +81,12 @@ DuplicateTrashReport moveSelection(const DuplicateScanResult& result,
                               groupedNumber(total));
         };
     }
-    auto report =
-        DuplicateTrashExecutor(ScanJob::changedPathsSink()).run(result, selection, progress);
+    auto report = DuplicateTrashExecutor(CleanupAftermath::changedPathsSink())
+                      .run(result, selection, progress);
     progressLine.clear();
+    CleanupAftermath::recordTrash("Duplicate copies", report.logicalBytesMoved,
+                                  report.movedCount());
+    CleanupAftermath::finishWriting();
     return report;
 }
 
