@@ -20,6 +20,7 @@
 #include "cli/Interrupt.hpp"
 #include "cli/ProgressLine.hpp"
 #include "cli/Terminal.hpp"
+#include "platform/BackgroundWorkActivity.hpp"
 #include "platform/LocaleFormat.hpp"
 #include "platform/Paths.hpp"
 #include "platform/Preferences.hpp"
@@ -119,6 +120,8 @@ int runCheck(const ActivityOptions& options) {
     {
         ScanCancellation cancellation;
         InterruptScope interrupt(cancellation);
+        platform::BackgroundWorkActivity busy;
+        busy.update(true);
         ProgressLine progressLine;
         ScanProgress progress;
         if (progressLine.active()) {

@@ -13,6 +13,7 @@
 #include "cli/ProgressLine.hpp"
 #include "cli/RecommendationScan.hpp"
 #include "cli/RecommendationText.hpp"
+#include "platform/BackgroundWorkActivity.hpp"
 #include "recommendations/CleanupExecutor.hpp"
 
 namespace veldan::cli {
@@ -55,6 +56,8 @@ int runClean(const CleanOptions& options) {
 
     ScanCancellation cancellation;
     InterruptScope interrupt(cancellation);
+    platform::BackgroundWorkActivity busy;
+    busy.update(true);
     ProgressLine progressLine;
     auto settings = CleanupExecutorSettings::standard();
     settings.cancellation = &cancellation;

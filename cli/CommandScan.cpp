@@ -7,6 +7,7 @@
 #include "cli/Interrupt.hpp"
 #include "cli/ProgressLine.hpp"
 #include "cli/Terminal.hpp"
+#include "platform/BackgroundWorkActivity.hpp"
 #include "platform/Paths.hpp"
 #include "recommendations/RecommendationBuilder.hpp"
 #include "scan/DiskScanner.hpp"
@@ -29,6 +30,8 @@ std::shared_ptr<const ScanOutcome> scanForCommand(const std::string& root, ScanJ
     // Held until the digest is written: Ctrl-C or SIGTERM must never leave it saying that
     // a scan is running.
     InterruptScope interrupt(cancellation);
+    platform::BackgroundWorkActivity busy;
+    busy.update(true);
     ProgressLine progressLine;
     const auto identity = ScanFolderIdentity::read(root);
     ScanRecording recording(root);

@@ -20,6 +20,7 @@
 #include "duplicates/DuplicateScanner.hpp"
 #include "duplicates/DuplicateSelection.hpp"
 #include "duplicates/DuplicateTrashExecutor.hpp"
+#include "platform/BackgroundWorkActivity.hpp"
 #include "scan/DiskScanner.hpp"
 
 namespace veldan::cli {
@@ -73,6 +74,8 @@ DuplicateTrashReport moveSelection(const DuplicateScanResult& result,
     // The move is never abandoned half-way; Ctrl-C is held until the report is ready.
     ScanCancellation ignored;
     InterruptScope holdInterrupts(ignored);
+    platform::BackgroundWorkActivity busy;
+    busy.update(true);
     ProgressLine progressLine;
     DuplicateTrashExecutor::Progress progress;
     if (progressLine.active()) {
@@ -111,6 +114,8 @@ int runDuplicates(const DuplicatesOptions& options) {
     {
         ScanCancellation cancellation;
         InterruptScope interrupt(cancellation);
+        platform::BackgroundWorkActivity busy;
+        busy.update(true);
         ProgressLine progressLine;
         DuplicateScanProgress progress;
         if (progressLine.active()) {
