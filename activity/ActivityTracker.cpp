@@ -37,10 +37,13 @@ std::string ActivityTracker::defaultArchivePath() {
 }
 
 ActivityTracker& ActivityTracker::shared() {
-    // Deliberately never destroyed: callers on other threads may still use it while
-    // static objects are torn down at exit.
-    static auto* tracker = new ActivityTracker();
-    return *tracker;
+    // The digest's queue is made first so that it is torn down after the tracker at exit:
+    // the tracker's last writes may still tell the digest the new total. Destroying the
+    // tracker at exit joins its thread, which lets the libraries it used free what they
+    // keep per thread.
+    WidgetDigest::drain();
+    static ActivityTracker tracker;
+    return tracker;
 }
 
 ActivityTracker::ActivityTracker(std::string archivePath) : path_(std::move(archivePath)) {

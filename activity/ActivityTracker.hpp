@@ -47,8 +47,8 @@ public:
 
     // $XDG_STATE_HOME/Veldan/Activity.plist
     static std::string defaultArchivePath();
-    // The process's tracker, created (and its file read) at first use; never destroyed
-    // before exit, so drain() it before the process ends.
+    // The process's tracker, created (and its file read) at first use and destroyed at
+    // exit, after waiting for its writes.
     static ActivityTracker& shared();
 
     // Reads the archive at `archivePath` once; a missing or unreadable file starts an

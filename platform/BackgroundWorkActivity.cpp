@@ -6,6 +6,7 @@
 #include <QDBusMessage>
 #include <QDBusUnixFileDescriptor>
 #include <QString>
+#include <QThread>
 #include <QVariant>
 
 #include "platform/Uuid.hpp"
@@ -53,7 +54,12 @@ UniqueFd takeInhibitor() {
 
 }  // namespace
 
-BackgroundWorkActivity::BackgroundWorkActivity() = default;
+BackgroundWorkActivity::BackgroundWorkActivity() {
+    // Without an application object, Qt takes the first thread that uses it for the main
+    // thread. That must be this one (the process's main thread), not the queue's: the state
+    // Qt keeps for the real main thread is otherwise never torn down at exit.
+    QThread::currentThread();
+}
 
 BackgroundWorkActivity::~BackgroundWorkActivity() {
     update(false);

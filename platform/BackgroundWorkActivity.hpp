@@ -5,7 +5,7 @@
 // cleaning your disk". logind holds it for as long as the descriptor it hands out stays
 // open. Where there is no system bus or no logind, nothing is held and nothing fails.
 //
-// Contract: update() may be called from any thread and returns at once; the D-Bus calls
+// Contract: construct it on the main thread. update() may be called from any thread and returns at once; the D-Bus calls
 // run in order on the object's own serial queue ("com.veldan.background-activity"), so
 // the caller (the main thread) never waits for the bus. drain() waits for them. The
 // destructor releases a held inhibitor.
