@@ -6,6 +6,7 @@
 #include <string>
 #include <string_view>
 
+#include "app/MapCanvas.hpp"
 #include "app/MapPalette.hpp"
 #include "scan/DiskNode.hpp"
 #include "scan/OpaqueFolderPolicy.hpp"
@@ -35,10 +36,7 @@ struct MapPictureStyle {
     MapPalette palette() const { return MapPalette{dark}; }
 
     // The stroke of the hatching that marks grouped smaller items.
-    std::string hatchAttributes() const {
-        return "stroke=\"" + palette().text().hex() +
-               "\" stroke-opacity=\"0.14\" stroke-width=\"1.6\" fill=\"none\"";
-    }
+    MapStroke hatchStroke() const { return {palette().text(), 0.14, 1.6}; }
 };
 
 }  // namespace veldan
