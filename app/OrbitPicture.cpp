@@ -10,6 +10,7 @@
 #include "app/SvgText.hpp"
 #include "layout/OrbitLayout.hpp"
 #include "layout/TileContent.hpp"
+#include "scan/SaturatingAdd.hpp"
 #include "scan/SizeText.hpp"
 
 namespace veldan {
@@ -230,24 +231,42 @@ void drawCentre(Painter& painter, const DiskNode& folder, const MapRect& ring) {
     }
 }
 
+// How the list fills `area`: the rows that show an item, whether a last line says how many
+// more there are, and where the first line starts; nothing when the list has no room.
+struct ListLines {
+    size_t rows = 0;
+    bool overflow = false;
+    double top = 0;
+};
+
+std::optional<ListLines> listLines(const MapRect& area, size_t itemCount) {
+    const auto capacity = static_cast<size_t>(std::max(0.0, std::floor(area.height / rowHeight)));
+    if (capacity == 0 || area.width < 120) return std::nullopt;
+    const bool overflow = itemCount > capacity;
+    const size_t rows = overflow ? capacity - 1 : itemCount;
+    const size_t lines = rows + (overflow ? 1 : 0);
+    return ListLines{rows, overflow,
+                     area.y + (area.height - static_cast<double>(lines) * rowHeight) / 2};
+}
+
 void drawList(Painter& painter, const DiskNode& folder, const std::vector<OrbitItem>& items,
               const MapRect& area) {
-    const auto capacity = static_cast<size_t>(std::max(0.0, std::floor(area.height / rowHeight)));
-    if (capacity == 0 || area.width < 120) return;
-    const bool overflow = items.size() > capacity;
-    const size_t rows = overflow ? capacity - 1 : items.size();
-    const size_t lines = rows + (overflow ? 1 : 0);
-    const double top = area.y + (area.height - static_cast<double>(lines) * rowHeight) / 2;
+    const auto lines = listLines(area, items.size());
+    if (!lines) return;
+    const auto [rows, overflow, top] = *lines;
     const double shareRight = area.maxX();
     const double sizeRight = shareRight - LabelFit::width("100%", 12, false) - 14;
     const double nameLeft = area.x + 24;
     const double textOffset = rowHeight / 2 + 0.36 * listTextSize;
+    const int64_t total = painter.style.freeSpace
+                              ? saturatingAdd(folder.bytes, painter.style.freeSpace->bytes)
+                              : folder.bytes;
 
     for (size_t i = 0; i < rows; ++i) {
         const OrbitItem& item = items[i];
         const double rowTop = top + static_cast<double>(i) * rowHeight;
         const MapRect swatch{area.x, rowTop + (rowHeight - 14) / 2, 14, 14};
-        painter.canvas.rect(swatch, 3, painter.palette.fill(item.node->category));
+        painter.canvas.rect(swatch, 3, painter.style.fill(*item.node));
         if (item.node->isSummary) {
             painter.canvas.icon(TileContent::summaryIconName, swatch.x + 2, swatch.y + 2, 10,
                                 painter.textColor, 0.7);
@@ -264,7 +283,7 @@ void drawList(Painter& painter, const DiskNode& folder, const std::vector<OrbitI
             size);
         painter.canvas.text(
             {shareRight, baseline, 12, false, painter.textColor, 0.6, MapTextAnchor::end},
-            SizeText::share(item.node->bytes, folder.bytes));
+            SizeText::share(item.node->bytes, total));
     }
     if (overflow) {
         const std::string more = "…and " + std::to_string(items.size() - rows) + " more";
@@ -275,6 +294,17 @@ void drawList(Painter& painter, const DiskNode& folder, const std::vector<OrbitI
 }
 
 }  // namespace
+
+std::vector<MapRect> OrbitPicture::listRows(const MapRect& list, size_t itemCount) {
+    std::vector<MapRect> frames;
+    const auto lines = listLines(list, itemCount);
+    if (!lines) return frames;
+    for (size_t i = 0; i < lines->rows; ++i) {
+        frames.push_back(
+            {list.x, lines->top + static_cast<double>(i) * rowHeight, list.width, rowHeight});
+    }
+    return frames;
+}
 
 OrbitPicture::Frame OrbitPicture::frame(double width, double height) {
     Frame frame;
@@ -308,8 +338,8 @@ void OrbitPicture::draw(MapCanvas& canvas, const DiskNode& folder,
                    0.06);
     const MapStroke gap{background, 1, 1.5, true};
     for (const auto& item : items) {
-        canvas.polygon(OrbitLayout::sector(item).outline(ring),
-                       painter.palette.fill(item.node->category), 1, &gap);
+        canvas.polygon(OrbitLayout::sector(item).outline(ring), painter.style.fill(*item.node), 1,
+                       &gap);
         if (item.node->isSummary) drawSummaryMarks(painter, item, ring);
     }
     for (const auto& item : items)

@@ -29,6 +29,9 @@ public:
         MapRect list;
     };
     static Frame frame(double width, double height);
+    // The rows of the list that show an item, the first item's first; a last line says how
+    // many more there are when not all fit.
+    static std::vector<MapRect> listRows(const MapRect& list, size_t itemCount);
 
     static void draw(MapCanvas& canvas, const DiskNode& folder, const std::vector<OrbitItem>& items,
                      double width, double height, const MapPictureStyle& style);

@@ -111,11 +111,12 @@ void drawTile(Painter& painter, const MapTile& tile) {
     const MapRect drawn = TreemapPicture::drawnFrame(tile.frame);
     if (drawn.width <= 0 || drawn.height <= 0) return;
     const DiskNode& node = *tile.node;
-    const auto content =
+    auto content =
         TileContent::of(tile, painter.style.scanFinished, MapPictureStyle::opaqueKind(node));
+    if (&node == painter.style.freeSpace) content.iconName.clear();
     const double radius = TreemapPicture::cornerRadius(drawn, tile.level);
     const MapPalette palette = painter.style.palette();
-    painter.canvas.rect(drawn, radius, palette.fill(node.category));
+    painter.canvas.rect(drawn, radius, painter.style.fill(node));
 
     const bool nests = TreemapLayout::nestsInto(node, tile.frame, tile.level);
     if (nests) {
