@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "app/ScanJob.hpp"
+#include "app/CleanupAftermath.hpp"
 #include "cli/CommandRegistry.hpp"
 #include "cli/CommandScan.hpp"
 #include "cli/Confirmation.hpp"
@@ -104,11 +104,13 @@ DevCleanupReport moveSelection(const std::vector<DevCleanupItem>& items, const s
                               Terminal::display(items[static_cast<size_t>(done)].path));
         };
     }
-    const auto changedPaths = ScanJob::changedPathsSink();
+    const auto changedPaths = CleanupAftermath::changedPathsSink();
     const DevCleanupTrashExecutor executor(
         [&](const DevCleanupReport& report) { changedPaths(report.movedPaths()); });
     auto report = executor.run(items, scope, progress);
     progressLine.clear();
+    CleanupAftermath::recordTrash("Generated folders", report.bytesMoved, report.movedCount());
+    CleanupAftermath::finishWriting();
     return report;
 }
 

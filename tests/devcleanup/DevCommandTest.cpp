@@ -7,6 +7,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "activity/ActivityTracker.hpp"
 #include "tests/devcleanup/DevTestSupport.hpp"
 #include "tests/platform/TrashCli.hpp"
 #include "tests/support/Files.hpp"
@@ -148,6 +149,10 @@ TEST_F(DevCommandTest, MovesTheSelectionOnlyWhenConfirmedAndReportsEachFolder) {
     EXPECT_TRUE(test::exists(dir_ / "web/.next"));
     EXPECT_FALSE(test::exists(dir_ / "cli/target"));
     EXPECT_TRUE(test::trashListShows(test::trashList(), dir_ / "api/node_modules"));
+    const auto history = ActivityTracker(home_.stateHome() + "/Veldan/Activity.plist").history();
+    ASSERT_EQ(history.activities.size(), 1u) << "the move is in the cleanup history";
+    EXPECT_EQ(history.activities[0].title, "Generated folders");
+    EXPECT_EQ(history.activities[0].count, 3);
 }
 
 TEST_F(DevCommandTest, FoldersNotMeasuredCompletelyAreFlaggedAndLeftOutOfTheSelection) {
