@@ -325,8 +325,8 @@ bool DuplicateScanner::metadataMatches(const DuplicateFile& file,
 
 bool DuplicateScanner::isUnchanged(const DuplicateFile& file) {
     int error = 0;
-    const auto anchor = platform::PathAnchor::of(file.path, error);
-    return anchor && isUnchangedAt(file, *anchor);
+    const auto status = platform::statPath(file.path, false, error);
+    return status && metadataMatches(file, *status);
 }
 
 std::optional<Sha256Digest> DuplicateScanner::hash(const DuplicateFile& file, bool sampled,

@@ -7,6 +7,8 @@
 #include <cerrno>
 #include <cstdint>
 
+#include "platform/PathAnchor.hpp"
+
 namespace veldan::platform {
 
 namespace {
@@ -68,7 +70,11 @@ std::optional<FileStatus> statPath(const std::string& path, bool follow, int& er
         error = ENOENT;
         return std::nullopt;
     }
-    return statAt(AT_FDCWD, path.c_str(), follow, error);
+    // A path too long for one call is looked up in pieces, so items deeper than PATH_MAX
+    // can be checked like any other.
+    const auto anchor = PathAnchor::of(path, error);
+    if (!anchor) return std::nullopt;
+    return statAt(anchor->folder(), anchor->rest(), follow, error);
 }
 
 std::optional<FileStatus> statPath(const std::string& path, bool follow) {

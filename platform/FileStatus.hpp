@@ -38,7 +38,8 @@ struct FileStatus {
 enum class StatDetail { sizes, full };
 
 // `name` is relative to `directoryFd` (AT_FDCWD for the working folder). Never follows
-// a final symbolic link unless `follow` is set.
+// a final symbolic link unless `follow` is set. statPath also takes paths of PATH_MAX
+// bytes or more (looked up in pieces).
 std::optional<FileStatus> statAt(int directoryFd, const char* name, bool follow, int& error,
                                  StatDetail detail = StatDetail::full);
 std::optional<FileStatus> statPath(const std::string& path, bool follow, int& error);

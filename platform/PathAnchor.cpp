@@ -7,18 +7,18 @@
 
 namespace veldan::platform {
 
-std::optional<PathAnchor> PathAnchor::of(const std::string& absolutePath, int& error) {
+std::optional<PathAnchor> PathAnchor::of(const std::string& path, int& error) {
     PathAnchor anchor;
     size_t start = 0;
     // A piece ends at a slash and stays shorter than PATH_MAX; a name is at most NAME_MAX
     // bytes, so every long path splits this way.
-    while (absolutePath.size() - start >= PATH_MAX) {
-        const size_t slash = absolutePath.rfind('/', start + PATH_MAX - 2);
+    while (path.size() - start >= PATH_MAX) {
+        const size_t slash = path.rfind('/', start + PATH_MAX - 2);
         if (slash == std::string::npos || slash <= start) {
             error = ENAMETOOLONG;
             return std::nullopt;
         }
-        const std::string piece = absolutePath.substr(start, slash - start + 1);
+        const std::string piece = path.substr(start, slash - start + 1);
         const int from = anchor.folder_ ? anchor.folder_.get() : AT_FDCWD;
         UniqueFd next(::openat(from, piece.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
         if (!next) {
@@ -28,7 +28,7 @@ std::optional<PathAnchor> PathAnchor::of(const std::string& absolutePath, int& e
         anchor.folder_ = std::move(next);
         start = slash + 1;
     }
-    anchor.rest_ = absolutePath.substr(start);
+    anchor.rest_ = path.substr(start);
     error = 0;
     return anchor;
 }

@@ -1,5 +1,5 @@
 #pragma once
-// Reaching an absolute path of any length. The kernel refuses a path of PATH_MAX bytes or
+// Reaching a path of any length. The kernel refuses a path of PATH_MAX bytes or
 // more in one call (ENAMETOOLONG), yet folders can nest deeper than that; such a path is
 // resolved in pieces, each opened relative to the folder the previous one reached.
 //
@@ -17,9 +17,9 @@ namespace veldan::platform {
 
 class PathAnchor {
 public:
-    // Where `absolutePath` can be reached from: nothing (with `error`) when a folder on
-    // the way cannot be opened.
-    static std::optional<PathAnchor> of(const std::string& absolutePath, int& error);
+    // Where `path` (absolute, or relative to the working folder) can be reached from:
+    // nothing (with `error`) when a folder on the way cannot be opened.
+    static std::optional<PathAnchor> of(const std::string& path, int& error);
 
     // The folder to start from (AT_FDCWD when the whole path fits in one call) and the
     // rest of the path, which does.

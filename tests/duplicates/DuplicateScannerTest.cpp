@@ -16,7 +16,6 @@
 
 #include "platform/FileStatus.hpp"
 #include "platform/Sha256.hpp"
-#include "platform/UniqueFd.hpp"
 #include "tests/duplicates/DuplicateTestSupport.hpp"
 #include "tests/support/Files.hpp"
 #include "tests/support/IsolatedHome.hpp"
@@ -198,20 +197,8 @@ TEST_F(DuplicateScannerTest, AFolderSwappedAfterItsParentsListingLeadsNowhere) {
 
 TEST_F(DuplicateScannerTest, CopiesDeeperThanPathMaxAreCompared) {
     write("top", megabyte, 33);
-    const std::string contents = test::readFile(path("top"));
-    platform::UniqueFd folder(::open(dir_.path().c_str(), O_RDONLY | O_DIRECTORY));
-    std::string deep = dir_.path();
-    for (int level = 0; level < 80; ++level) {  // about 4,900 bytes of path
-        const std::string name(60, 'd');
-        ASSERT_EQ(::mkdirat(folder.get(), name.c_str(), 0755), 0);
-        folder = platform::UniqueFd(::openat(folder.get(), name.c_str(), O_RDONLY | O_DIRECTORY));
-        deep += "/" + name;
-    }
-    for (const char* name : {"a", "b"}) {
-        const platform::UniqueFd file(::openat(folder.get(), name, O_WRONLY | O_CREAT, 0644));
-        ASSERT_EQ(::write(file.get(), contents.data(), contents.size()),
-                  static_cast<ssize_t>(contents.size()));
-    }
+    const std::string deep =
+        test::writeDeeperThanPathMax(dir_.path(), test::readFile(path("top")), {"a", "b"});
     ASSERT_GT(deep.size(), size_t{PATH_MAX});
     // Folders opened relative to their parents, and all of them reached by path, as when
     // the walk already keeps its share of folders open.

@@ -6,6 +6,8 @@
 
 #include <stdexcept>
 
+#include "platform/UniqueFd.hpp"
+
 namespace veldan::test {
 
 void changeByteAt(const std::string& path, int64_t offset) {
@@ -23,6 +25,28 @@ void setModifiedTime(const std::string& path, int64_t seconds) {
     if (::utimensat(AT_FDCWD, path.c_str(), times, AT_SYMLINK_NOFOLLOW) != 0) {
         throw std::runtime_error("utimensat " + path);
     }
+}
+
+std::string writeDeeperThanPathMax(const std::string& top, const std::string& contents,
+                                   const std::vector<std::string>& names) {
+    platform::UniqueFd folder(::open(top.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    std::string path = top;
+    const std::string name(60, 'd');
+    for (int level = 0; level < 80; ++level) {
+        if (::mkdirat(folder.get(), name.c_str(), 0755) != 0) throw std::runtime_error("mkdirat");
+        folder = platform::UniqueFd(
+            ::openat(folder.get(), name.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+        path += "/" + name;
+    }
+    for (const auto& file : names) {
+        const platform::UniqueFd out(
+            ::openat(folder.get(), file.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0644));
+        if (::write(out.get(), contents.data(), contents.size()) !=
+            static_cast<ssize_t>(contents.size())) {
+            throw std::runtime_error("write " + file);
+        }
+    }
+    return path;
 }
 
 std::vector<std::vector<std::string>> groupPaths(const DuplicateScanResult& result) {

@@ -18,6 +18,11 @@ void changeByteAt(const std::string& path, int64_t offset);
 // Sets the modification time of `path` to `seconds` after the epoch (nanoseconds 0).
 void setModifiedTime(const std::string& path, int64_t seconds);
 
+// Writes `contents` to files named `names` in a folder 80 levels below `top`, about 4,900
+// bytes of path (more than PATH_MAX), and returns that folder's path.
+std::string writeDeeperThanPathMax(const std::string& top, const std::string& contents,
+                                   const std::vector<std::string>& names);
+
 // Each group's paths in the order the search returned them.
 std::vector<std::vector<std::string>> groupPaths(const DuplicateScanResult& result);
 

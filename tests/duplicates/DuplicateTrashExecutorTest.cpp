@@ -104,6 +104,17 @@ TEST_F(DuplicateTrashExecutorTest, ParentFolderSwappedForALinkKeepsTheCopy) {
     EXPECT_FALSE(trashHoldsAnythingOfThisTest());
 }
 
+TEST_F(DuplicateTrashExecutorTest, MovesACopyDeeperThanPathMax) {
+    write("keep.bin");
+    const std::string copy =
+        test::writeDeeperThanPathMax(dir_.path(), test::readFile(path("keep.bin")), {"copy.bin"}) +
+        "/copy.bin";
+    const auto report = run(scan(), {copy});
+    EXPECT_EQ(details(report), std::vector<std::string>{"Moved to Trash"});
+    EXPECT_FALSE(platform::statPath(copy));
+    EXPECT_TRUE(test::trashListShows(test::trashList(), copy));
+}
+
 TEST_F(DuplicateTrashExecutorTest, ChecksFollowTheirOrderOfPrecedence) {
     write("a.bin");
     write(".hidden/b.bin");
