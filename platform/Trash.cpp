@@ -168,7 +168,8 @@ TrashOutcome moveInto(const TrashFolder& trash, const MoveRequest& request) {
                                 diskUsageAt(trash.files.get(), name.c_str()),
                                 infoStatus.st_mtim.tv_sec);
         }
-        return TrashOutcome{true, joinPath(joinPath(trash.path, "files"), name), {}};
+        return TrashOutcome{
+            true, joinPath(joinPath(trash.path, "files"), name), TrashRefusal::none, {}};
     }
     return refused(TrashRefusal::failed, "The Trash already holds too many items with this name.");
 }

@@ -46,7 +46,7 @@ struct TrashOutcome {
     bool moved = false;
     std::string trashedPath;  // where the item now lies, when moved
     TrashRefusal refusal = TrashRefusal::none;
-    std::string reason;  // why it stayed, when not moved
+    std::string reason = {};  // why it stayed, when not moved
 };
 
 struct TrashMove {
@@ -55,7 +55,7 @@ struct TrashMove {
     IdentityCheck check = IdentityCheck::sameItem;
     // Runs between the last check and the rename; tests change the folder there to prove
     // that only the checked entry ever stays in the Trash.
-    std::function<void()> beforeRename;
+    std::function<void()> beforeRename = {};
 };
 
 class Trash {

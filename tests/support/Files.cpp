@@ -129,6 +129,8 @@ bool recreateWithSameInode(const std::string& path) {
     }
     for (const auto& placeholder : aside)
         removeTree(placeholder);
+    // Someone else took the number: the folder is still replaced, with a new one.
+    if (!same && ::mkdir(path.c_str(), 0755) != 0) fail("mkdir", path);
     return same;
 }
 
