@@ -5,7 +5,9 @@
 #include <gtest/gtest.h>
 
 #include <future>
+#include <set>
 
+#include "activity/ActivityTracker.hpp"
 #include "tests/app/AppTestSupport.hpp"
 #include "tests/support/Files.hpp"
 
@@ -54,6 +56,7 @@ TEST_F(DiskMapModelCleanupTest, ScanStartsAreRefusedWhileFilesMoveDuplicatesFirs
     model->setDuplicateSelected(path + "/movie.mp4", true);
     ASSERT_EQ(model->selectedDuplicatePaths().size(), 2u);
 
+    const int64_t itemsBefore = ActivityTracker::shared().history().totalMovedToTrashItems;
     model->startCleanup();
     model->moveSelectedDuplicatesToTrash();
     ASSERT_TRUE(model->isCleaning() && model->isMovingDuplicates());
@@ -92,6 +95,12 @@ TEST_F(DiskMapModelCleanupTest, ScanStartsAreRefusedWhileFilesMoveDuplicatesFirs
     }
     EXPECT_EQ(copiesLeft, 1);
     EXPECT_FALSE(model->isDoingBackgroundWork());
+    // Both moves are in the history: the generated folder and the two copies.
+    const auto history = ActivityTracker::shared().history();
+    EXPECT_EQ(history.totalMovedToTrashItems - itemsBefore, 3);
+    ASSERT_GE(history.activities.size(), 2u);
+    std::set<std::string> titles{history.activities[0].title, history.activities[1].title};
+    EXPECT_EQ(titles.count("Duplicate copies"), 1u);
 
     scanAndWait(*model, path);
     EXPECT_EQ(model->scanGeneration(), 2);
