@@ -6,6 +6,7 @@
 #include <QCoreApplication>
 
 #include "activity/ActivityTracker.hpp"
+#include "activity/DownloadInventory.hpp"
 #include "activity/WidgetDigest.hpp"
 #include "app/CleanupAftermath.hpp"
 #include "app/DailyCheck.hpp"
@@ -227,6 +228,22 @@ void DiskMapModel::cancelDailyTracking() {
     dailyCancellation_->cancel();
     dailyCancellation_.reset();
     Q_EMIT dailyTrackingChanged();
+}
+
+void DiskMapModel::setDailyTrackingEnabled(bool enabled) {
+    tasks_.run([enabled] { return ActivityTracker::shared().setDailyEnabled(enabled); },
+               [this](bool) { Q_EMIT dailyTrackingChanged(); });
+}
+
+void DiskMapModel::moveDownloadToTrash(const TrackedDownload& download) {
+    auto move = [download] {
+        return ActivityTracker::shared().moveDownloadToTrash(download,
+                                                             CleanupAftermath::changedPathsSink());
+    };
+    tasks_.run(std::move(move), [this, path = download.path](DownloadMoveOutcome outcome) {
+        if (outcome.moved) markMapNeedsRefresh({path});
+        Q_EMIT dailyTrackingChanged();
+    });
 }
 
 void DiskMapModel::applicationWillTerminate() {

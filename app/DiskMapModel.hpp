@@ -53,6 +53,7 @@ namespace veldan {
 
 struct ScanOutcome;
 class ScanRecording;
+struct TrackedDownload;
 
 // Counts and the current folder of the running scan.
 struct ScanProgressState {
@@ -300,6 +301,12 @@ public:
     // and an hourly timer ask for it; any scan start cancels it.
     void runDailyTrackingNow(bool force);
     void cancelDailyTracking();
+    // The activity screen's switch and list, off this thread: the preference is written,
+    // or one download is verified and moved to the Trash (refusals in the tracker's
+    // moveError). Either way dailyTrackingChanged follows; a moved download also marks the
+    // map outdated when it lay inside it.
+    void setDailyTrackingEnabled(bool enabled);
+    void moveDownloadToTrash(const TrackedDownload& download);
 
     // The application is quitting: every task is stopped and waited for, readers of the
     // widget digest must not keep showing a scan in progress, and the history, digest and
@@ -345,6 +352,7 @@ Q_SIGNALS:
     void duplicateTrashChanged();
     void duplicateScopeOverrideChanged();
     void isDoingBackgroundWorkChanged();
+    // The daily check started or ended, its switch changed, or a download move ended.
     void dailyTrackingChanged();
 
 private:

@@ -70,6 +70,7 @@ void DiskMapModel::scan(const std::string& path,
     startToken_ = token;
     tasks_.run(
         [standardized, seam = options_.seams.beforeRootIdentity] {
+            ScanStartCheck::prepareOwnFolders();
             return ScanStartCheck::check(standardized, seam);
         },
         [this, token, standardized,

@@ -8,6 +8,8 @@
 #include <set>
 
 #include "activity/ActivityTracker.hpp"
+#include "activity/DownloadInventory.hpp"
+#include "platform/Preferences.hpp"
 #include "tests/app/AppTestSupport.hpp"
 #include "tests/support/Files.hpp"
 
@@ -132,6 +134,24 @@ TEST_F(DiskMapModelCleanupTest, DuplicateSelectionAlwaysLeavesACopyAndSurvivesTh
     EXPECT_EQ(model->selectedDuplicatePaths(),
               (DuplicatePathSet{path + "/inner/movie copy.mp4", path + "/inner/movie.mp4",
                                 path + "/movie.mp4"}));
+}
+
+TEST_F(DiskMapModelCleanupTest, DownloadMovedFromTheActivityScreenOutdatesTheMap) {
+    makeFolders(home / "Downloads");
+    writeFileOfSize(home / "Downloads/setup.deb", 50'000);
+    auto model = startedModel();
+    model->setDailyTrackingEnabled(true);
+    EXPECT_TRUE(waitUntil(
+        [] { return platform::Preferences::boolean("veldanDailyTrackingEnabled") == true; }));
+
+    // A new account: the program's own first writes must not count as a change of home.
+    scanAndWait(*model, home.home());
+    const auto downloads = DownloadInventory::collect(std::chrono::system_clock::now());
+    ASSERT_EQ(downloads.size(), 1u);
+    model->moveDownloadToTrash(downloads.front());
+    ASSERT_TRUE(waitUntil([&] { return model->mapNeedsRefresh(); }));
+    EXPECT_FALSE(exists(home / "Downloads/setup.deb"));
+    EXPECT_TRUE(exists(home.dataHome() + "/Trash/files/setup.deb"));
 }
 
 }  // namespace
