@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <compare>
-#include <limits>
 #include <map>
 #include <thread>
 #include <unordered_map>
@@ -23,6 +22,7 @@
 #include "platform/Paths.hpp"
 #include "platform/UniqueFd.hpp"
 #include "platform/Uuid.hpp"
+#include "scan/SaturatingAdd.hpp"
 
 namespace veldan {
 
@@ -40,11 +40,6 @@ struct DuplicateDigestKey {
 };
 
 using DigestGroups = std::map<DuplicateDigestKey, std::vector<size_t>>;
-
-int64_t saturatingAdd(int64_t a, int64_t b) {
-    int64_t sum = 0;
-    return __builtin_add_overflow(a, b, &sum) ? std::numeric_limits<int64_t>::max() : sum;
-}
 
 // Runs `body(index)` on `count` threads and waits for all of them.
 template <typename Body>

@@ -1,17 +1,13 @@
 #include "duplicates/DuplicateTrashExecutor.hpp"
 
-#include <cerrno>
-#include <limits>
 #include <string>
 #include <utility>
 
 #include "duplicates/DuplicateScanner.hpp"
-#include "platform/DirectoryWithoutLinks.hpp"
-#include "platform/ErrorText.hpp"
 #include "platform/Paths.hpp"
 #include "platform/Trash.hpp"
-#include "platform/UniqueFd.hpp"
 #include "platform/Uuid.hpp"
+#include "scan/SaturatingAdd.hpp"
 #include "scan/ScanCancellation.hpp"
 
 namespace veldan {
@@ -27,11 +23,6 @@ constexpr const char* changedWhileChecking =
     "This file changed while its matching copy was checked. Scan again.";
 constexpr const char* movedDetail = "Moved to Trash";
 
-int64_t saturatingAdd(int64_t a, int64_t b) {
-    int64_t sum = 0;
-    return __builtin_add_overflow(a, b, &sum) ? std::numeric_limits<int64_t>::max() : sum;
-}
-
 // A full hash that only a change of the file can stop: the move is never cancelled
 // half-way through a check.
 std::optional<platform::Sha256Digest> fullDigest(const DuplicateFile& file) {
@@ -39,39 +30,37 @@ std::optional<platform::Sha256Digest> fullDigest(const DuplicateFile& file) {
     return DuplicateScanner::hash(file, false, neverCancelled);
 }
 
+// The Trash's own last checks, right before its rename: the folders on the way are still
+// no links, the file is still the one verified (birth time included, as inode numbers
+// come back) and unedited, and no file system is mounted on it. Refusals this executor
+// has words for get them; the others keep the Trash's sentence.
 DuplicateTrashOutcome moveToTrash(const DuplicateFile& file) {
-    DuplicateTrashOutcome outcome{file.path, false, {}};
-    const std::string path = platform::standardizePath(file.path);
-    const std::string parent = platform::parentPath(path);
-    int error = 0;
-    const platform::UniqueFd parentFd = platform::openDirectoryWithoutLinks(parent, error);
-    if (!parentFd) {
-        // A component that became a link (or a file) is what the path check exists for.
-        if (error == ELOOP || error == ENOTDIR) {
-            outcome.detail = redirectedFolder;
-        } else {
-            outcome.detail = "Veldan could not open the folder holding this file (" +
-                             platform::errorText(error) + ").";
-        }
-        return outcome;
-    }
     const platform::ItemIdentity identity{file.device,
                                           file.inode,
                                           {file.createdSeconds, file.createdNanoseconds},
                                           {file.modifiedSeconds, file.modifiedNanoseconds},
                                           {file.changedSeconds, file.changedNanoseconds}};
-    const auto trashed = platform::Trash::moveItem(
-        parentFd.get(), parent, std::string(platform::lastPathComponent(path)), {identity});
-    outcome.moved = trashed.moved;
-    outcome.detail = trashed.moved ? movedDetail : trashed.reason;
-    return outcome;
+    const auto trashed = platform::Trash::moveItem(platform::standardizePath(file.path),
+                                                   {identity, platform::IdentityCheck::unchanged});
+    switch (trashed.refusal) {
+        case platform::TrashRefusal::none:
+            return {file.path, true, movedDetail};
+        case platform::TrashRefusal::redirected:
+            return {file.path, false, redirectedFolder};
+        case platform::TrashRefusal::missing:
+        case platform::TrashRefusal::changed:
+            return {file.path, false, changedWhileChecking};
+        default:
+            return {file.path, false, trashed.reason};
+    }
 }
 
 // The checks of one selected file, in their order of precedence; the first failure is
 // the outcome and the file is not touched.
 DuplicateTrashOutcome handle(const DuplicateGroup& group, const DuplicateFile& file,
                              const std::vector<DuplicateFile>& unselected,
-                             std::optional<DuplicateFile>& cachedKeeper, const std::string& scope) {
+                             std::optional<DuplicateFile>& cachedKeeper, const std::string& scope,
+                             const DuplicateTrashExecutor::BeforeMove& beforeMove) {
     if (unselected.empty()) return {file.path, false, keepOneCopy};
     if (DuplicateSelection::finderOnlyReason(file, scope)) return {file.path, false, outsideScope};
     const std::string standardized = platform::standardizePath(file.path);
@@ -84,13 +73,14 @@ DuplicateTrashOutcome handle(const DuplicateGroup& group, const DuplicateFile& f
         return {file.path, false, noKeeper};
     }
     if (!DuplicateScanner::isUnchanged(file)) return {file.path, false, changedWhileChecking};
+    if (beforeMove) beforeMove(file);
     return moveToTrash(file);
 }
 
 }  // namespace
 
-DuplicateTrashExecutor::DuplicateTrashExecutor(ChangedPathsSink changedPaths)
-    : changedPaths_(std::move(changedPaths)) {}
+DuplicateTrashExecutor::DuplicateTrashExecutor(ChangedPathsSink changedPaths, BeforeMove beforeMove)
+    : changedPaths_(std::move(changedPaths)), beforeMove_(std::move(beforeMove)) {}
 
 DuplicateTrashReport DuplicateTrashExecutor::run(const DuplicateScanResult& result,
                                                  const DuplicatePathSet& selectedPaths,
@@ -112,7 +102,7 @@ DuplicateTrashReport DuplicateTrashExecutor::run(const DuplicateScanResult& resu
         std::optional<DuplicateFile> cachedKeeper;
         for (const auto& file : group.files) {
             if (!selectedPaths.contains(file.path)) continue;
-            auto outcome = handle(group, file, unselected, cachedKeeper, result.scope);
+            auto outcome = handle(group, file, unselected, cachedKeeper, result.scope, beforeMove_);
             if (outcome.moved) {
                 report.logicalBytesMoved = saturatingAdd(report.logicalBytesMoved, file.bytes);
                 moved.push_back(file.path);

@@ -6,9 +6,11 @@
 // no folder of its path may have become a symbolic link, and an unselected copy of its
 // group must still hold the same content (verified by a full SHA-256 once per group and
 // run, then re-checked by its status only). A copy that fails any check stays untouched,
-// with the first failing reason as its outcome. The move renames the file relative to
-// its parent folder, opened without following any link, and the Trash checks the
-// file's device and inode once more immediately before the rename.
+// with the first failing reason as its outcome. The move goes through the Trash's shared
+// checks: it renames the file relative to its parent folder, opened from "/" without
+// following any link, and right before the rename checks that the file is still the one
+// verified (device, inode, birth, modification and change times) and that nothing is
+// mounted on it.
 //
 // Contract: run() is synchronous and blocks its (background) thread for every read;
 // progress and the changed-paths sink are called on that thread. The run never stops
@@ -32,8 +34,12 @@ public:
     // (files handled so far, selected files in the result)
     using Progress = std::function<void(int64_t done, int64_t total)>;
 
+    // Called with a copy that passed every check of its own, right before the move (whose
+    // last look at the file comes after it). Tests replace the file there.
+    using BeforeMove = std::function<void(const DuplicateFile&)>;
+
     // `changedPaths` receives the moved paths once at the end, when anything moved.
-    explicit DuplicateTrashExecutor(ChangedPathsSink changedPaths = {});
+    explicit DuplicateTrashExecutor(ChangedPathsSink changedPaths = {}, BeforeMove beforeMove = {});
 
     DuplicateTrashReport run(const DuplicateScanResult& result,
                              const DuplicatePathSet& selectedPaths,
@@ -49,6 +55,7 @@ public:
 
 private:
     ChangedPathsSink changedPaths_;
+    BeforeMove beforeMove_;
 };
 
 }  // namespace veldan

@@ -6,11 +6,15 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <optional>
+
 #include "duplicates/DuplicateScanner.hpp"
+#include "platform/MountPoints.hpp"
 #include "tests/duplicates/DuplicateTestSupport.hpp"
 #include "tests/platform/TrashCli.hpp"
 #include "tests/support/Files.hpp"
 #include "tests/support/IsolatedHome.hpp"
+#include "tests/support/MountNamespace.hpp"
 #include "tests/support/TempDir.hpp"
 
 namespace veldan {
@@ -34,10 +38,12 @@ protected:
         return std::move(*result);
     }
     DuplicateTrashReport run(const DuplicateScanResult& result, const DuplicatePathSet& selected) {
-        DuplicateTrashExecutor executor([this](const std::vector<std::string>& moved) {
-            ++sinkCalls_;
-            changed_ = moved;
-        });
+        DuplicateTrashExecutor executor(
+            [this](const std::vector<std::string>& moved) {
+                ++sinkCalls_;
+                changed_ = moved;
+            },
+            beforeMove_);
         return executor.run(result, selected, [this](int64_t done, int64_t total) {
             progress_.emplace_back(done, total);
         });
@@ -55,6 +61,7 @@ protected:
 
     test::IsolatedHome home_;
     test::TempDir dir_;
+    DuplicateTrashExecutor::BeforeMove beforeMove_;  // after the executor's own checks
     int sinkCalls_ = 0;
     std::vector<std::string> changed_;
     std::vector<std::pair<int64_t, int64_t>> progress_;
@@ -113,6 +120,47 @@ TEST_F(DuplicateTrashExecutorTest, MovesACopyDeeperThanPathMax) {
     EXPECT_EQ(details(report), std::vector<std::string>{"Moved to Trash"});
     EXPECT_FALSE(platform::statPath(copy));
     EXPECT_TRUE(test::trashListShows(test::trashList(), copy));
+}
+
+// Inode numbers come back on ext4: the replacement has the copy's device, inode, size and
+// contents, and arrives after every check of the executor's own.
+TEST_F(DuplicateTrashExecutorTest, ACopyReplacedUnderItsOwnInodeNumberStays) {
+    write("keep.bin");
+    write("copy.bin");
+    const auto result = scan();
+    bool sameInode = false;
+    beforeMove_ = [&](const DuplicateFile& file) {
+        sameInode = test::recreateWithSameInode(file.path);
+    };
+    EXPECT_EQ(details(run(result, {path("copy.bin")})),
+              std::vector<std::string>{
+                  "This file changed while its matching copy was checked. Scan again."});
+    EXPECT_TRUE(sameInode);
+    EXPECT_TRUE(test::exists(path("copy.bin")));
+    EXPECT_FALSE(trashHoldsAnythingOfThisTest());
+}
+
+class DuplicateTrashExecutorMounts : public DuplicateTrashExecutorTest {
+protected:
+    void SetUp() override {
+        if (!test::insideMountNamespace()) GTEST_SKIP();
+    }
+};
+
+TEST(DuplicateTrashExecutorMount, CasesPassInAPrivateMountNamespace) {
+    test::runInMountNamespace("DuplicateTrashExecutorMounts", 1);
+}
+
+// Mounted on itself, the copy is the same file, but moving it would carry a mount along.
+TEST_F(DuplicateTrashExecutorMounts, DISABLED_ACopyWithAFileSystemMountedOnItStays) {
+    write("keep.bin");
+    write("copy.bin");
+    const auto result = scan();
+    std::optional<test::Mount> mounted;
+    beforeMove_ = [&](const DuplicateFile& file) { mounted.emplace(file.path, file.path); };
+    EXPECT_EQ(details(run(result, {path("copy.bin")})),
+              std::vector<std::string>{std::string(platform::holdsMountReason)});
+    EXPECT_TRUE(test::exists(path("copy.bin")));
 }
 
 TEST_F(DuplicateTrashExecutorTest, ChecksFollowTheirOrderOfPrecedence) {

@@ -111,6 +111,15 @@ namespace veldan::test {
 bool recreateWithSameInode(const std::string& path) {
     struct stat before {};
     if (::lstat(path.c_str(), &before) != 0) fail("lstat", path);
+    const bool file = S_ISREG(before.st_mode);
+    const std::string contents = file ? readFile(path) : std::string();
+    const auto make = [&] {
+        if (file) {
+            writeFile(path, contents);
+        } else if (::mkdir(path.c_str(), 0755) != 0) {
+            fail("mkdir", path);
+        }
+    };
     removeTree(path);
     // The file system hands out its lowest free number in the folder's group, which is
     // normally the one just freed; a number freed meanwhile by someone else is taken by a
@@ -118,7 +127,7 @@ bool recreateWithSameInode(const std::string& path) {
     std::vector<std::string> aside;
     bool same = false;
     for (int attempt = 0; attempt < 64 && !same; ++attempt) {
-        if (::mkdir(path.c_str(), 0755) != 0) fail("mkdir", path);
+        make();
         struct stat now {};
         if (::lstat(path.c_str(), &now) != 0) fail("lstat", path);
         same = now.st_ino == before.st_ino && now.st_dev == before.st_dev;
@@ -129,8 +138,8 @@ bool recreateWithSameInode(const std::string& path) {
     }
     for (const auto& placeholder : aside)
         removeTree(placeholder);
-    // Someone else took the number: the folder is still replaced, with a new one.
-    if (!same && ::mkdir(path.c_str(), 0755) != 0) fail("mkdir", path);
+    // Someone else took the number: the item is still replaced, with a new one.
+    if (!same) make();
     return same;
 }
 
