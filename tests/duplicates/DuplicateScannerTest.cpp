@@ -262,21 +262,6 @@ TEST_F(DuplicateScannerTest, RootThatIsMissingOrNotAFolderGivesNoResult) {
     EXPECT_FALSE(DuplicateScanner().scan(path("link"), cancellation_));
 }
 
-TEST_F(DuplicateScannerTest, UnchangedClonesAreNotReportedButEditedOnesAre) {
-    copies({"clone-a", "clone-b"}, megabyte, 24);
-    int64_t privateBytes = 0;
-    const ClonedFileSpace::Query query = [&](const std::string&) {
-        return std::optional<ClonedFileSpace::Sharing>({privateBytes, 77, 2});
-    };
-    auto result = DuplicateScanner(query).scan(dir_.path(), cancellation_);
-    ASSERT_TRUE(result);
-    EXPECT_TRUE(result->groups.empty());
-    privateBytes = 4096;
-    result = DuplicateScanner(query).scan(dir_.path(), cancellation_);
-    ASSERT_TRUE(result);
-    EXPECT_EQ(result->groups.size(), 1u);
-}
-
 class DuplicateCancellationTest
     : public DuplicateScannerTest,
       public ::testing::WithParamInterface<std::tuple<DuplicateScanPhase, bool>> {};
