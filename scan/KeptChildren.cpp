@@ -55,6 +55,12 @@ void KeptChildren::hide(int64_t bytes) {
     anythingHidden_ = true;
 }
 
+void KeptChildren::absorb(KeptChildren other) {
+    for (auto& node : other.kept_)
+        keepLargest(std::move(node));
+    if (other.anythingHidden_) hide(other.hidden_);
+}
+
 void KeptChildren::findSmallest() {
     smallest_ = 0;
     for (size_t i = 1; i < kept_.size(); ++i) {
