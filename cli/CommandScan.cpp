@@ -10,6 +10,10 @@
 
 namespace veldan::cli {
 
+std::string commandScope(const std::string& path) {
+    return platform::absolutePath(path);
+}
+
 std::string commandRoot(const std::string& path) {
     return platform::resolveSymlinks(platform::absolutePath(path));
 }

@@ -125,9 +125,9 @@ TEST_F(MapCommand, MistakesEndWithOneSentenceAndNoFile) {
     };
     const std::string svg = dir / "out/map.svg";
     const Case cases[] = {
-        {{"--size", "12x", "--svg", svg}, 1, "The picture size must be WIDTHxHEIGHT"},
-        {{"--size", "10x10", "--svg", svg}, 1, "The picture size must be WIDTHxHEIGHT"},
-        {{"--size", "1200x800x2", "--svg", svg}, 1, "The picture size must be WIDTHxHEIGHT"},
+        {{"--size", "12x", "--svg", svg}, 2, "The picture size must be WIDTHxHEIGHT"},
+        {{"--size", "10x10", "--svg", svg}, 2, "The picture size must be WIDTHxHEIGHT"},
+        {{"--size", "1200x800x2", "--svg", svg}, 2, "The picture size must be WIDTHxHEIGHT"},
         {{"--folder", "nowhere", "--svg", svg}, 1, "'nowhere' is not a folder shown in the map"},
         {{"--folder", "big/data.bin", "--svg", svg}, 1, "is not a folder shown in the map"},
         {{"--svg", dir / "out/missing/map.svg"}, 1, "its folder does not exist."},
