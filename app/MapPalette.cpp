@@ -55,6 +55,10 @@ MapColor MapPalette::surface() const {
     return dark ? MapColor{0x24, 0x26, 0x2C} : MapColor{0xFF, 0xFF, 0xFF};
 }
 
+MapColor MapPalette::freeSpace() const {
+    return dark ? MapColor{0x2E, 0x31, 0x38} : MapColor{0xE2, 0xE5, 0xEA};
+}
+
 double MapPalette::containerShadeOpacity() const {
     return dark ? 0.2 : 0.08;
 }

@@ -26,7 +26,8 @@ struct MapPalette {
 
     MapColor fill(DiskCategory category) const;
     MapColor background() const;
-    MapColor surface() const;  // the orbit's centre disc
+    MapColor surface() const;    // the orbit's centre disc
+    MapColor freeSpace() const;  // the volume's free space, an item without a category
     // Labels, icons and hatching drawn over the fills.
     MapColor text() const;
     // How much black darkens a tile that holds nested tiles, so that its frame reads as

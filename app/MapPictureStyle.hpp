@@ -1,11 +1,13 @@
 #pragma once
-// How a map picture is drawn: the palette variant and whether the scan it shows has
-// finished (summary tiles explain themselves differently while it runs).
+// How a map picture is drawn: the palette variant, whether the scan it shows has finished
+// (summary tiles explain themselves differently while it runs), and which item is the
+// volume's free space.
 
 #include <optional>
 #include <string>
 #include <string_view>
 
+#include "app/MapCanvas.hpp"
 #include "app/MapPalette.hpp"
 #include "scan/DiskNode.hpp"
 #include "scan/OpaqueFolderPolicy.hpp"
@@ -16,6 +18,9 @@ struct MapPictureStyle {
     bool dark = false;
     bool scanFinished = true;
     std::string emptyText = std::string(emptyFolderText);  // shown when there are no tiles
+    // The item that stands for the volume's free space on a map of the startup disk, laid
+    // out after the folder's children; drawn plainly, without a category.
+    const DiskNode* freeSpace = nullptr;
 
     // Faces viewers usually have first; DejaVu Sans, whose widths the labels are measured
     // with, last before the generic family.
@@ -33,12 +38,12 @@ struct MapPictureStyle {
     static std::optional<OpaqueFolderPolicy::Kind> opaqueKind(const DiskNode& node);
 
     MapPalette palette() const { return MapPalette{dark}; }
+    MapColor fill(const DiskNode& node) const {
+        return &node == freeSpace ? palette().freeSpace() : palette().fill(node.category);
+    }
 
     // The stroke of the hatching that marks grouped smaller items.
-    std::string hatchAttributes() const {
-        return "stroke=\"" + palette().text().hex() +
-               "\" stroke-opacity=\"0.14\" stroke-width=\"1.6\" fill=\"none\"";
-    }
+    MapStroke hatchStroke() const { return {palette().text(), 0.14, 1.6}; }
 };
 
 }  // namespace veldan

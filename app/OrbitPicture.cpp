@@ -6,11 +6,11 @@
 #include <optional>
 
 #include "app/LabelFit.hpp"
-#include "app/MapIcons.hpp"
-#include "app/SvgDocument.hpp"
+#include "app/SvgCanvas.hpp"
 #include "app/SvgText.hpp"
 #include "layout/OrbitLayout.hpp"
 #include "layout/TileContent.hpp"
+#include "scan/SaturatingAdd.hpp"
 #include "scan/SizeText.hpp"
 
 namespace veldan {
@@ -64,10 +64,10 @@ bool fitsInSector(const LabelBox& box, OrbitSector sector, const MapRect& ring, 
 }
 
 struct Painter {
-    SvgDocument& svg;
+    MapCanvas& canvas;
     const MapPictureStyle& style;
     MapPalette palette;
-    std::string textColor;
+    MapColor textColor;
 };
 
 struct SectorLabel {
@@ -135,14 +135,15 @@ void drawSectorLabel(Painter& painter, const OrbitItem& item, const MapRect& rin
     const LabelBox& box = label->box;
     const double degrees = box.angle * 180 / std::numbers::pi;
     const double top = box.centre.y - box.height / 2;
-    painter.svg.text({box.centre.x, top + ascent * nameSize, nameSize, true, painter.textColor, 1,
-                      "middle", degrees, box.centre},
-                     label->name);
+    painter.canvas.text({box.centre.x, top + ascent * nameSize, nameSize, true, painter.textColor,
+                         1, MapTextAnchor::middle, degrees, box.centre},
+                        label->name);
     if (label->withSize) {
         const double bottom = box.centre.y + box.height / 2;
-        painter.svg.text({box.centre.x, bottom - (lineHeight - ascent) * sizeSize, sizeSize, false,
-                          painter.textColor, 0.85, "middle", degrees, box.centre},
-                         size);
+        painter.canvas.text(
+            {box.centre.x, bottom - (lineHeight - ascent) * sizeSize, sizeSize, false,
+             painter.textColor, 0.85, MapTextAnchor::middle, degrees, box.centre},
+            size);
     }
 }
 
@@ -169,11 +170,10 @@ void drawSummaryMarks(Painter& painter, const OrbitItem& item, const MapRect& ri
     sector.start += margin;
     sector.end -= margin;
     if (sector.start >= sector.end) return;
-    std::string data;
+    std::vector<MapSegment> segments;
     const auto segment = [&](double from, double to, double k) {
         if (to - from < 1) return;
-        data += "M" + SvgDocument::number(from) + " " + SvgDocument::number(k - from) + "L" +
-                SvgDocument::number(to) + " " + SvgDocument::number(k - to);
+        segments.push_back({{from, k - from}, {to, k - to}});
     };
     for (double k = bounds.minX() + bounds.minY() + 5; k < bounds.maxX() + bounds.maxY(); k += 10) {
         const double x0 = std::max(bounds.minX(), k - bounds.maxY());
@@ -190,8 +190,8 @@ void drawSummaryMarks(Painter& painter, const OrbitItem& item, const MapRect& ri
         }
         if (inRun) segment(runStart, last, k);
     }
-    if (data.empty()) return;
-    painter.svg.path(data, painter.style.hatchAttributes());
+    if (segments.empty()) return;
+    painter.canvas.lines(segments, painter.style.hatchStroke());
 }
 
 // The widest text that fits across a disc of `radius` over the vertical span of a line.
@@ -204,7 +204,7 @@ void drawCentre(Painter& painter, const DiskNode& folder, const MapRect& ring) {
     const MapPoint c = OrbitSector::centre(ring);
     const double radius = OrbitLayout::innerRatio * OrbitSector::radius(ring) - 4;
     if (radius <= 0) return;
-    painter.svg.circle(c, radius, painter.palette.surface().hex());
+    painter.canvas.circle(c, radius, painter.palette.surface());
 
     const double nameSize = std::clamp(radius * 0.14, 12.0, 22.0);
     const double sizeSize = std::clamp(radius * 0.26, 14.0, 40.0);
@@ -220,38 +220,56 @@ void drawCentre(Painter& painter, const DiskNode& folder, const MapRect& ring) {
     const bool showSize = LabelFit::width(size, sizeSize, true) <=
                           chordWidth(textRadius, sizeTop, sizeTop + lineHeight * sizeSize, c.y);
     if (!fitted.empty()) {
-        painter.svg.text(
-            {c.x, top + ascent * nameSize, nameSize, true, painter.textColor, 0.75, "middle"},
-            fitted);
+        painter.canvas.text({c.x, top + ascent * nameSize, nameSize, true, painter.textColor, 0.75,
+                             MapTextAnchor::middle},
+                            fitted);
     }
     if (showSize) {
-        painter.svg.text(
-            {c.x, sizeTop + ascent * sizeSize, sizeSize, true, painter.textColor, 1, "middle"},
-            size);
+        painter.canvas.text({c.x, sizeTop + ascent * sizeSize, sizeSize, true, painter.textColor, 1,
+                             MapTextAnchor::middle},
+                            size);
     }
+}
+
+// How the list fills `area`: the rows that show an item, whether a last line says how many
+// more there are, and where the first line starts; nothing when the list has no room.
+struct ListLines {
+    size_t rows = 0;
+    bool overflow = false;
+    double top = 0;
+};
+
+std::optional<ListLines> listLines(const MapRect& area, size_t itemCount) {
+    const auto capacity = static_cast<size_t>(std::max(0.0, std::floor(area.height / rowHeight)));
+    if (capacity == 0 || area.width < 120) return std::nullopt;
+    const bool overflow = itemCount > capacity;
+    const size_t rows = overflow ? capacity - 1 : itemCount;
+    const size_t lines = rows + (overflow ? 1 : 0);
+    return ListLines{rows, overflow,
+                     area.y + (area.height - static_cast<double>(lines) * rowHeight) / 2};
 }
 
 void drawList(Painter& painter, const DiskNode& folder, const std::vector<OrbitItem>& items,
               const MapRect& area) {
-    const auto capacity = static_cast<size_t>(std::max(0.0, std::floor(area.height / rowHeight)));
-    if (capacity == 0 || area.width < 120) return;
-    const bool overflow = items.size() > capacity;
-    const size_t rows = overflow ? capacity - 1 : items.size();
-    const size_t lines = rows + (overflow ? 1 : 0);
-    const double top = area.y + (area.height - static_cast<double>(lines) * rowHeight) / 2;
+    const auto lines = listLines(area, items.size());
+    if (!lines) return;
+    const auto [rows, overflow, top] = *lines;
     const double shareRight = area.maxX();
     const double sizeRight = shareRight - LabelFit::width("100%", 12, false) - 14;
     const double nameLeft = area.x + 24;
     const double textOffset = rowHeight / 2 + 0.36 * listTextSize;
+    const int64_t total = painter.style.freeSpace
+                              ? saturatingAdd(folder.bytes, painter.style.freeSpace->bytes)
+                              : folder.bytes;
 
     for (size_t i = 0; i < rows; ++i) {
         const OrbitItem& item = items[i];
         const double rowTop = top + static_cast<double>(i) * rowHeight;
         const MapRect swatch{area.x, rowTop + (rowHeight - 14) / 2, 14, 14};
-        painter.svg.rect(swatch, 3, painter.palette.fill(item.node->category).hex());
+        painter.canvas.rect(swatch, 3, painter.style.fill(*item.node));
         if (item.node->isSummary) {
-            painter.svg.icon(MapIcons::pathData(TileContent::summaryIconName), MapIcons::gridSize,
-                             swatch.x + 2, swatch.y + 2, 10, painter.textColor, 0.7);
+            painter.canvas.icon(TileContent::summaryIconName, swatch.x + 2, swatch.y + 2, 10,
+                                painter.textColor, 0.7);
         }
         const std::string size = SizeText::string(item.node->bytes, true);
         const double sizeWidth = LabelFit::width(size, listTextSize, true);
@@ -259,67 +277,91 @@ void drawList(Painter& painter, const DiskNode& folder, const std::vector<OrbitI
             LabelFit::fitted(SvgText::clean(item.node->name), sizeRight - sizeWidth - 12 - nameLeft,
                              listTextSize, false);
         const double baseline = rowTop + textOffset;
-        painter.svg.text({nameLeft, baseline, listTextSize, false, painter.textColor}, name);
-        painter.svg.text({sizeRight, baseline, listTextSize, true, painter.textColor, 1, "end"},
-                         size);
-        painter.svg.text({shareRight, baseline, 12, false, painter.textColor, 0.6, "end"},
-                         SizeText::share(item.node->bytes, folder.bytes));
+        painter.canvas.text({nameLeft, baseline, listTextSize, false, painter.textColor}, name);
+        painter.canvas.text(
+            {sizeRight, baseline, listTextSize, true, painter.textColor, 1, MapTextAnchor::end},
+            size);
+        painter.canvas.text(
+            {shareRight, baseline, 12, false, painter.textColor, 0.6, MapTextAnchor::end},
+            SizeText::share(item.node->bytes, total));
     }
     if (overflow) {
         const std::string more = "…and " + std::to_string(items.size() - rows) + " more";
-        painter.svg.text({nameLeft, top + static_cast<double>(rows) * rowHeight + textOffset,
-                          listTextSize, false, painter.textColor, 0.6},
-                         LabelFit::fitted(more, area.maxX() - nameLeft, listTextSize, false));
+        painter.canvas.text({nameLeft, top + static_cast<double>(rows) * rowHeight + textOffset,
+                             listTextSize, false, painter.textColor, 0.6},
+                            LabelFit::fitted(more, area.maxX() - nameLeft, listTextSize, false));
     }
 }
 
 }  // namespace
 
-std::string OrbitPicture::svg(const DiskNode& folder, const std::vector<OrbitItem>& items,
-                              double width, double height, const MapPictureStyle& style) {
-    SvgDocument svg(width, height, MapPictureStyle::fontFamily);
-    Painter painter{svg, style, style.palette(), style.palette().text().hex()};
-    const std::string background = painter.palette.background().hex();
-    svg.rect({0, 0, width, height}, 0, background);
-
-    const double diameter = std::min(width, height);
-    MapPoint origin{(width - diameter) / 2, (height - diameter) / 2};
-    MapRect list;
-    if (width - diameter >= sideListMinimum) {
-        origin.x = 0;
-        list = {diameter + 8, 24, width - diameter - 32, height - 48};
-    } else if (height - diameter >= sideListMinimum) {
-        origin.y = 0;
-        list = {24, diameter + 8, width - 48, height - diameter - 32};
+std::vector<MapRect> OrbitPicture::listRows(const MapRect& list, size_t itemCount) {
+    std::vector<MapRect> frames;
+    const auto lines = listLines(list, itemCount);
+    if (!lines) return frames;
+    for (size_t i = 0; i < lines->rows; ++i) {
+        frames.push_back(
+            {list.x, lines->top + static_cast<double>(i) * rowHeight, list.width, rowHeight});
     }
-    MapRect ring = OrbitLayout::ringRect(diameter);
-    ring.x += origin.x;
-    ring.y += origin.y;
-    if (ring.width <= 0) return svg.finish();
+    return frames;
+}
+
+OrbitPicture::Frame OrbitPicture::frame(double width, double height) {
+    Frame frame;
+    frame.diameter = std::min(width, height);
+    if (width - frame.diameter >= sideListMinimum) {
+        frame.list = {frame.diameter + 8, 24, width - frame.diameter - 32, height - 48};
+    } else if (height - frame.diameter >= sideListMinimum) {
+        frame.list = {24, frame.diameter + 8, width - 48, height - frame.diameter - 32};
+    } else {
+        frame.origin = {(width - frame.diameter) / 2, (height - frame.diameter) / 2};
+    }
+    frame.ring = OrbitLayout::ringRect(frame.diameter);
+    frame.ring.x += frame.origin.x;
+    frame.ring.y += frame.origin.y;
+    return frame;
+}
+
+void OrbitPicture::draw(MapCanvas& canvas, const DiskNode& folder,
+                        const std::vector<OrbitItem>& items, double width, double height,
+                        const MapPictureStyle& style) {
+    Painter painter{canvas, style, style.palette(), style.palette().text()};
+    const MapColor background = painter.palette.background();
+    canvas.rect({0, 0, width, height}, 0, background);
+
+    const Frame layout = frame(width, height);
+    const MapRect& ring = layout.ring;
+    if (ring.width <= 0) return;
 
     // The track shows where the ring runs even where no sector covers it.
-    svg.polygon(OrbitSector{0, 1, OrbitLayout::innerRatio, 1}.outline(ring), painter.textColor,
-                "fill-opacity=\"0.06\"");
-    const std::string gap =
-        "stroke=\"" + background + "\" stroke-width=\"1.5\" stroke-linejoin=\"round\"";
+    canvas.polygon(OrbitSector{0, 1, OrbitLayout::innerRatio, 1}.outline(ring), painter.textColor,
+                   0.06);
+    const MapStroke gap{background, 1, 1.5, true};
     for (const auto& item : items) {
-        svg.polygon(OrbitLayout::sector(item).outline(ring),
-                    painter.palette.fill(item.node->category).hex(), gap);
+        canvas.polygon(OrbitLayout::sector(item).outline(ring), painter.style.fill(*item.node), 1,
+                       &gap);
         if (item.node->isSummary) drawSummaryMarks(painter, item, ring);
     }
     for (const auto& item : items)
         drawSectorLabel(painter, item, ring);
     drawCentre(painter, folder, ring);
+    const MapRect& list = layout.list;
     if (list.width > 0) {
         if (items.empty()) {
-            svg.text(
+            canvas.text(
                 {list.x, list.y + list.height / 2, listTextSize, false, painter.textColor, 0.6},
                 LabelFit::fitted(painter.style.emptyText, list.width, listTextSize, false));
         } else {
             drawList(painter, folder, items, list);
         }
     }
-    return svg.finish();
+}
+
+std::string OrbitPicture::svg(const DiskNode& folder, const std::vector<OrbitItem>& items,
+                              double width, double height, const MapPictureStyle& style) {
+    SvgCanvas canvas(width, height, MapPictureStyle::fontFamily);
+    draw(canvas, folder, items, width, height, style);
+    return canvas.finish();
 }
 
 }  // namespace veldan

@@ -3,8 +3,7 @@
 #include <algorithm>
 
 #include "app/LabelFit.hpp"
-#include "app/MapIcons.hpp"
-#include "app/SvgDocument.hpp"
+#include "app/SvgCanvas.hpp"
 #include "app/SvgText.hpp"
 #include "layout/TileContent.hpp"
 #include "layout/TreemapLayout.hpp"
@@ -23,33 +22,13 @@ constexpr double iconSize = 14;
 constexpr double iconGap = 5;
 
 struct Painter {
-    SvgDocument& svg;
+    MapCanvas& canvas;
     const MapPictureStyle& style;
-    std::string textColor;
+    MapColor textColor;
 };
 
-// Tiles sit 1 point apart so that neighbours of one category stay distinguishable; a
-// sliver too thin to spare the gap is drawn whole.
-MapRect drawnFrame(const MapRect& frame) {
-    MapRect drawn = frame;
-    if (frame.width > 4) {
-        drawn.x += 1;
-        drawn.width -= 2;
-    }
-    if (frame.height > 4) {
-        drawn.y += 1;
-        drawn.height -= 2;
-    }
-    return drawn;
-}
-
-double cornerRadius(const MapRect& drawn, int level) {
-    return std::min({level == 0 ? 6.0 : 4.0, drawn.width / 4, drawn.height / 4});
-}
-
 void drawIcon(Painter& painter, std::string_view symbol, double x, double lineTop, double size) {
-    painter.svg.icon(MapIcons::pathData(symbol), MapIcons::gridSize, x, lineTop, size,
-                     painter.textColor, 0.85);
+    painter.canvas.icon(symbol, x, lineTop, size, painter.textColor, 0.85);
 }
 
 // The band above nested tiles: icon, name on the left and the compact size on the right.
@@ -77,10 +56,11 @@ void drawTitleBand(Painter& painter, const MapTile& tile, const TileContent& con
         drawIcon(painter, content.iconName, left,
                  bandTop + (TreemapLayout::titleBand - iconSize) / 2, iconSize);
     }
-    painter.svg.text({nameLeft, baseline, bandNameSize, true, painter.textColor}, fitted);
+    painter.canvas.text({nameLeft, baseline, bandNameSize, true, painter.textColor}, fitted);
     if (showSize) {
-        painter.svg.text({right, baseline, bandSizeSize, false, painter.textColor, 0.8, "end"},
-                         content.sizeLabel);
+        painter.canvas.text(
+            {right, baseline, bandSizeSize, false, painter.textColor, 0.8, MapTextAnchor::end},
+            content.sizeLabel);
     }
 }
 
@@ -101,8 +81,8 @@ void drawLabels(Painter& painter, const TileContent& content, const MapRect& dra
         LabelFit::fitted(SvgText::clean(content.title), left + width - nameLeft, nameSize, true);
     if (fitted.empty()) return;
     if (icon) drawIcon(painter, content.iconName, left, top, iconBox);
-    painter.svg.text({nameLeft, top + ascent * nameSize, nameSize, true, painter.textColor},
-                     fitted);
+    painter.canvas.text({nameLeft, top + ascent * nameSize, nameSize, true, painter.textColor},
+                        fitted);
     double used = top + lineHeight * nameSize;
 
     if (!content.shortLabel.empty() && bottom - used >= 4 + lineHeight * shortLabelSize) {
@@ -110,9 +90,9 @@ void drawLabels(Painter& painter, const TileContent& content, const MapRect& dra
             LabelFit::fitted(content.shortLabel, width, shortLabelSize, false);
         if (!label.empty()) {
             used += 4;
-            painter.svg.text({left, used + ascent * shortLabelSize, shortLabelSize, false,
-                              painter.textColor, 0.8},
-                             label);
+            painter.canvas.text({left, used + ascent * shortLabelSize, shortLabelSize, false,
+                                 painter.textColor, 0.8},
+                                label);
             used += lineHeight * shortLabelSize;
         }
     }
@@ -123,50 +103,75 @@ void drawLabels(Painter& painter, const TileContent& content, const MapRect& dra
     // A tall tile keeps its size at the bottom, where the eye lands after the name.
     const double lineTop =
         (bottom - used > 3 * lineHeight * size) ? bottom - lineHeight * size : used + 2;
-    painter.svg.text({left, lineTop + ascent * size, size, true, painter.textColor, 0.9},
-                     content.sizeLabel);
+    painter.canvas.text({left, lineTop + ascent * size, size, true, painter.textColor, 0.9},
+                        content.sizeLabel);
 }
 
 void drawTile(Painter& painter, const MapTile& tile) {
-    const MapRect drawn = drawnFrame(tile.frame);
+    const MapRect drawn = TreemapPicture::drawnFrame(tile.frame);
     if (drawn.width <= 0 || drawn.height <= 0) return;
     const DiskNode& node = *tile.node;
-    const auto content =
+    auto content =
         TileContent::of(tile, painter.style.scanFinished, MapPictureStyle::opaqueKind(node));
-    const double radius = cornerRadius(drawn, tile.level);
-    painter.svg.rect(drawn, radius, painter.style.palette().fill(node.category).hex());
+    if (&node == painter.style.freeSpace) content.iconName.clear();
+    const double radius = TreemapPicture::cornerRadius(drawn, tile.level);
+    const MapPalette palette = painter.style.palette();
+    painter.canvas.rect(drawn, radius, painter.style.fill(node));
 
     const bool nests = TreemapLayout::nestsInto(node, tile.frame, tile.level);
     if (nests) {
-        painter.svg.rect(drawn, radius, "#000000",
-                         "fill-opacity=\"" +
-                             SvgDocument::number(painter.style.palette().containerShadeOpacity()) +
-                             "\"");
+        painter.canvas.rect(drawn, radius, MapColor{}, palette.containerShadeOpacity());
         drawTitleBand(painter, tile, content, drawn);
         return;
     }
     if (node.isSummary) {
         const MapRect inner{drawn.x + 2, drawn.y + 2, drawn.width - 4, drawn.height - 4};
-        painter.svg.path(SvgDocument::hatching(inner, 10), painter.style.hatchAttributes());
+        painter.canvas.lines(MapCanvas::hatching(inner, 10), painter.style.hatchStroke());
     }
     drawLabels(painter, content, drawn);
 }
 
 }  // namespace
 
-std::string TreemapPicture::svg(const std::vector<MapTile>& tiles, double width, double height,
-                                const MapPictureStyle& style) {
-    SvgDocument svg(width, height, MapPictureStyle::fontFamily);
+MapRect TreemapPicture::drawnFrame(const MapRect& frame) {
+    // Tiles sit 1 point apart so that neighbours of one category stay distinguishable; a
+    // sliver too thin to spare the gap is drawn whole.
+    MapRect drawn = frame;
+    if (frame.width > 4) {
+        drawn.x += 1;
+        drawn.width -= 2;
+    }
+    if (frame.height > 4) {
+        drawn.y += 1;
+        drawn.height -= 2;
+    }
+    return drawn;
+}
+
+double TreemapPicture::cornerRadius(const MapRect& drawn, int level) {
+    return std::min({level == 0 ? 6.0 : 4.0, drawn.width / 4, drawn.height / 4});
+}
+
+void TreemapPicture::draw(MapCanvas& canvas, const std::vector<MapTile>& tiles, double width,
+                          double height, const MapPictureStyle& style) {
     const auto palette = style.palette();
-    Painter painter{svg, style, palette.text().hex()};
-    svg.rect({0, 0, width, height}, 0, palette.background().hex());
+    Painter painter{canvas, style, palette.text()};
+    canvas.rect({0, 0, width, height}, 0, palette.background());
     if (tiles.empty()) {
         const std::string message = LabelFit::fitted(style.emptyText, width - 16, 15, false);
-        svg.text({width / 2, height / 2, 15, false, painter.textColor, 0.6, "middle"}, message);
+        canvas.text(
+            {width / 2, height / 2, 15, false, painter.textColor, 0.6, MapTextAnchor::middle},
+            message);
     }
     for (const auto& tile : tiles)
         drawTile(painter, tile);
-    return svg.finish();
+}
+
+std::string TreemapPicture::svg(const std::vector<MapTile>& tiles, double width, double height,
+                                const MapPictureStyle& style) {
+    SvgCanvas canvas(width, height, MapPictureStyle::fontFamily);
+    draw(canvas, tiles, width, height, style);
+    return canvas.finish();
 }
 
 }  // namespace veldan

@@ -6,20 +6,28 @@
 namespace veldan {
 
 std::vector<OrbitItem> OrbitLayout::items(const std::vector<DiskNode>& children) {
+    std::vector<const DiskNode*> nodes;
+    nodes.reserve(children.size());
+    for (const auto& child : children)
+        nodes.push_back(&child);
+    return items(nodes);
+}
+
+std::vector<OrbitItem> OrbitLayout::items(std::span<const DiskNode* const> nodes) {
     double total = 0;
-    for (const auto& child : children) {
-        if (child.bytes > 0) total += static_cast<double>(child.bytes);
+    for (const auto* node : nodes) {
+        if (node->bytes > 0) total += static_cast<double>(node->bytes);
     }
     if (!(total > 0)) total = 1.0;
     std::vector<OrbitItem> result;
-    result.reserve(children.size());
+    result.reserve(nodes.size());
     double start = 0;
-    for (const auto& child : children) {
-        if (child.bytes <= 0) continue;
-        const double share = static_cast<double>(child.bytes) / total;
+    for (const auto* node : nodes) {
+        if (node->bytes <= 0) continue;
+        const double share = static_cast<double>(node->bytes) / total;
         // The clamp keeps rounding from pushing the last end past a full turn; the
         // running start stays unclamped so that later sectors keep their true shares.
-        result.push_back({&child, start, std::min(start + share, 1.0)});
+        result.push_back({node, start, std::min(start + share, 1.0)});
         start += share;
     }
     return result;

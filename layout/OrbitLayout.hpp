@@ -5,6 +5,7 @@
 // Pure functions; the items are in child order (never sorted).
 
 #include <optional>
+#include <span>
 #include <vector>
 
 #include "layout/MapPoint.hpp"
@@ -24,6 +25,8 @@ public:
     // `children`, which must outlive them (a temporary list is refused at compile time).
     static std::vector<OrbitItem> items(const std::vector<DiskNode>& children);
     static std::vector<OrbitItem> items(std::vector<DiskNode>&& children) = delete;
+    // The same for a list of nodes shown as one folder's children.
+    static std::vector<OrbitItem> items(std::span<const DiskNode* const> nodes);
 
     // The square the ring fills in a square view of side `diameter` (the view less the
     // margin), so that OrbitSector geometry in it matches the hit test.

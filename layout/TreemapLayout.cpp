@@ -19,13 +19,30 @@ std::vector<MapTile> TreemapLayout::tiles(const DiskNode& folder, double width, 
     return result;
 }
 
+std::vector<MapTile> TreemapLayout::tiles(std::span<const DiskNode* const> nodes, double width,
+                                          double height) {
+    std::vector<MapTile> result;
+    addNodes(nodes, MapRect{0, 0, width, height}, 0, result);
+    return result;
+}
+
 void TreemapLayout::addChildren(const std::vector<DiskNode>& children, MapRect rect, int level,
                                 std::vector<MapTile>& tiles) {
     if (!(rect.width > minimumSide) || !(rect.height > minimumSide)) return;
+    std::vector<const DiskNode*> nodes;
+    nodes.reserve(children.size());
+    for (const auto& child : children)
+        nodes.push_back(&child);
+    addNodes(nodes, rect, level, tiles);
+}
+
+void TreemapLayout::addNodes(std::span<const DiskNode* const> nodes, MapRect rect, int level,
+                             std::vector<MapTile>& tiles) {
+    if (!(rect.width > minimumSide) || !(rect.height > minimumSide)) return;
     std::vector<const DiskNode*> kept;
-    kept.reserve(children.size());
-    for (const auto& child : children) {
-        if (child.bytes > 0) kept.push_back(&child);
+    kept.reserve(nodes.size());
+    for (const auto* node : nodes) {
+        if (node->bytes > 0) kept.push_back(node);
     }
     const auto frames = partition(kept, rect);
     for (size_t i = 0; i < kept.size(); ++i) {

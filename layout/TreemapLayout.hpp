@@ -33,6 +33,10 @@ public:
     // into `folder`, which must outlive them (a temporary is refused at compile time).
     static std::vector<MapTile> tiles(const DiskNode& folder, double width, double height);
     static std::vector<MapTile> tiles(DiskNode&& folder, double width, double height) = delete;
+    // The same for a list of nodes laid out as if they were one folder's children (a view
+    // may add an item of its own, such as the volume's free space, after the children).
+    static std::vector<MapTile> tiles(std::span<const DiskNode* const> nodes, double width,
+                                      double height);
 
     // Appends the tiles of `children` (and their nested tiles) laid out in `rect`.
     static void addChildren(const std::vector<DiskNode>& children, MapRect rect, int level,
@@ -50,6 +54,10 @@ public:
     // top of a tall one. The row's last item takes exactly what is left.
     static void place(std::span<const TreemapRowItem> row, MapRect& rect,
                       std::vector<MapRect>& frames);
+
+    // Appends the tiles of `nodes` (those with more than zero bytes) and their nested tiles.
+    static void addNodes(std::span<const DiskNode* const> nodes, MapRect rect, int level,
+                         std::vector<MapTile>& tiles);
 
     // Whether a tile of `node` at `frame` and `level` receives nested tiles.
     static bool nestsInto(const DiskNode& node, const MapRect& frame, int level);

@@ -127,6 +127,16 @@ bool Preferences::setInteger(const std::string& key, int64_t value) {
     return write(key, QVariant::fromValue<qlonglong>(value));
 }
 
+std::optional<std::string> Preferences::data(const std::string& key) {
+    auto value = read(key);
+    if (!value || value->typeId() != QMetaType::QByteArray) return std::nullopt;
+    return value->toByteArray().toStdString();
+}
+
+bool Preferences::setData(const std::string& key, const std::string& value) {
+    return write(key, QByteArray(value.data(), qsizetype(value.size())));
+}
+
 std::optional<std::vector<std::string>> Preferences::strings(const std::string& key) {
     auto value = read(key);
     if (!value) return std::nullopt;

@@ -35,6 +35,10 @@ public:
     static std::optional<int64_t> integer(const std::string& key);
     static bool setInteger(const std::string& key, int64_t value);
 
+    // Opaque bytes (an encoded property list), always stored as bytes, never as text.
+    static std::optional<std::string> data(const std::string& key);
+    static bool setData(const std::string& key, const std::string& value);
+
     static std::optional<std::vector<std::string>> strings(const std::string& key);
     static bool setStrings(const std::string& key, const std::vector<std::string>& value);
 

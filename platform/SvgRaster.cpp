@@ -17,13 +17,18 @@ using RenderFunction = int (*)(const char*, size_t, int, int, char**, size_t*);
 
 constexpr const char* moduleName = "libveldan_raster.so";
 
-// Beside the program first (where the build and an installation put it), then where the
-// build placed it (test programs live elsewhere), then the linker's search path.
+// Beside the program first (where the build puts it), then where an installation puts it
+// relative to the program, then where the build placed it (test programs live
+// elsewhere), then the linker's search path.
 RenderFunction loadRenderer() {
     std::vector<std::string> candidates;
     char self[PATH_MAX] = {};
     if (::readlink("/proc/self/exe", self, sizeof self - 1) > 0) {
         candidates.push_back(joinPath(parentPath(self), moduleName));
+#ifdef VELDAN_RASTER_FROM_BINDIR
+        candidates.push_back(
+            joinPath(joinPath(parentPath(self), VELDAN_RASTER_FROM_BINDIR), moduleName));
+#endif
     }
 #ifdef VELDAN_RASTER_MODULE
     candidates.push_back(VELDAN_RASTER_MODULE);

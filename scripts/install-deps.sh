@@ -4,11 +4,13 @@
 #
 #   scripts/install-deps.sh          build and test dependencies
 #   scripts/install-deps.sh --bench  also the peer tools the benchmarks compare against
+#   scripts/install-deps.sh --screenshots  also the X server and tools the app's
+#                                          screenshots are taken with
 set -euo pipefail
 
 packages=(
     cmake ninja-build pkg-config g++ git python3
-    qt6-base-dev qt6-svg-dev libxkbcommon-dev fonts-dejavu-core
+    qt6-base-dev qt6-svg-dev libxkbcommon-dev fonts-dejavu-core dbus-daemon appstream
     libplist-dev libssl-dev libcli11-dev nlohmann-json3-dev
     libgtest-dev libgmock-dev libbenchmark-dev
     clang libclang-rt-14-dev
@@ -16,6 +18,9 @@ packages=(
 )
 if [[ "${1:-}" == "--bench" ]]; then
     packages+=(gdu ncdu jdupes rdfind fdupes rmlint hyperfine time)
+fi
+if [[ "${1:-}" == "--screenshots" ]]; then
+    packages+=(xvfb xauth imagemagick x11-utils)
 fi
 
 missing=()

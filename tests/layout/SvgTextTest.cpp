@@ -5,7 +5,7 @@
 #include <cmath>
 
 #include "app/LabelFit.hpp"
-#include "app/SvgDocument.hpp"
+#include "app/SvgCanvas.hpp"
 #include "app/SvgText.hpp"
 #include "platform/Utf8.hpp"
 
@@ -36,12 +36,12 @@ TEST(SvgText, MarkupCharactersAreEscaped) {
               "&lt;a href=&quot;x&quot;&gt;Tom &amp; Jerry&apos;s&lt;/a&gt;");
 }
 
-TEST(SvgDocument, NumbersAreShortAndLocaleIndependent) {
-    EXPECT_EQ(SvgDocument::number(12), "12");
-    EXPECT_EQ(SvgDocument::number(0.125), "0.13");
-    EXPECT_EQ(SvgDocument::number(-0.001), "0");
-    EXPECT_EQ(SvgDocument::number(1200.5), "1200.5");
-    EXPECT_EQ(SvgDocument::number(std::nan("")), "0");
+TEST(SvgCanvas, NumbersAreShortAndLocaleIndependent) {
+    EXPECT_EQ(SvgCanvas::number(12), "12");
+    EXPECT_EQ(SvgCanvas::number(0.125), "0.13");
+    EXPECT_EQ(SvgCanvas::number(-0.001), "0");
+    EXPECT_EQ(SvgCanvas::number(1200.5), "1200.5");
+    EXPECT_EQ(SvgCanvas::number(std::nan("")), "0");
 }
 
 TEST(LabelFit, WidthsFollowTheFaceAndWideCharactersCountAFullEm) {

@@ -50,6 +50,14 @@ TEST(Preferences, KeepsTextByteForByte) {
     EXPECT_EQ(Preferences::string("diskNibLastScanPath"), utf8);
     ASSERT_TRUE(Preferences::setString("diskNibLastScanPath", latin1));
     EXPECT_EQ(Preferences::string("diskNibLastScanPath"), latin1);
+    // Data stays data even when its bytes happen to read as text.
+    const std::string plist = std::string("bplist00\0\xD0", 10) + "\n=[General]";
+    for (const std::string& bytes : {plist, std::string("plain")}) {
+        ASSERT_TRUE(Preferences::setData("veldanAIStorageCustomLocations", bytes));
+        EXPECT_EQ(Preferences::data("veldanAIStorageCustomLocations"), bytes);
+    }
+    ASSERT_TRUE(Preferences::setString("diskNibLastScanPath", utf8));
+    EXPECT_FALSE(Preferences::data("diskNibLastScanPath"));
 }
 
 TEST(Preferences, KeepsListsOfAnyLength) {

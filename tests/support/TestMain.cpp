@@ -24,6 +24,9 @@ int main(int argc, char** argv) {
     ::setenv("XDG_DATA_HOME", (base + "/home/.local/share").c_str(), 1);
     ::setenv("XDG_CONFIG_HOME", (base + "/home/.config").c_str(), 1);
     ::setenv("NO_COLOR", "1", 1);
+    // AI tools' own variables would point the AI storage catalogue at real folders.
+    for (const char* name : {"OLLAMA_MODELS", "HF_HOME", "GEMINI_CLI_HOME"})
+        ::unsetenv(name);
     veldan::test::makeFolders(base + "/home");
     return RUN_ALL_TESTS();
 }

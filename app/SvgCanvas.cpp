@@ -1,14 +1,15 @@
-#include "app/SvgDocument.hpp"
+#include "app/SvgCanvas.hpp"
 
 #include <algorithm>
 #include <charconv>
 #include <cmath>
 
+#include "app/MapIcons.hpp"
 #include "app/SvgText.hpp"
 
 namespace veldan {
 
-SvgDocument::SvgDocument(double width, double height, std::string_view fontFamily) {
+SvgCanvas::SvgCanvas(double width, double height, std::string_view fontFamily) {
     out_ += "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n";
     out_ += "<svg xmlns=\"http://www.w3.org/2000/svg\" version=\"1.1\" width=\"" + number(width) +
             "\" height=\"" + number(height) + "\" viewBox=\"0 0 " + number(width) + " " +
@@ -27,9 +28,21 @@ std::string scale(double factor) {
     return std::string(text, result.ptr);
 }
 
+std::string_view anchorName(MapTextAnchor anchor) {
+    switch (anchor) {
+        case MapTextAnchor::start:
+            return "start";
+        case MapTextAnchor::middle:
+            return "middle";
+        case MapTextAnchor::end:
+            return "end";
+    }
+    return "start";
+}
+
 }  // namespace
 
-std::string SvgDocument::number(double value) {
+std::string SvgCanvas::number(double value) {
     if (!std::isfinite(value)) return "0";
     value = std::clamp(value, -1e9, 1e9);  // far beyond any picture; keeps the text short
     double rounded = std::round(value * 100) / 100;
@@ -44,98 +57,88 @@ std::string SvgDocument::number(double value) {
     return std::string(view);
 }
 
-std::string SvgDocument::hatching(const MapRect& rect, double spacing) {
-    std::string data;
-    if (rect.width <= 0 || rect.height <= 0 || !(spacing > 0)) return data;
-    // Lines x + y = k, rising to the right; each runs between the rectangle's edges.
-    for (double k = rect.minX() + rect.minY() + spacing / 2; k < rect.maxX() + rect.maxY();
-         k += spacing) {
-        const double x0 = std::max(rect.minX(), k - rect.maxY());
-        const double x1 = std::min(rect.maxX(), k - rect.minY());
-        if (x1 - x0 < 0.5) continue;
-        data += "M" + number(x0) + " " + number(k - x0) + "L" + number(x1) + " " + number(k - x1);
-    }
-    return data;
+void SvgCanvas::opacity(std::string_view attribute, double value) {
+    if (value >= 1) return;
+    ((out_ += ' ') += attribute) += "=\"" + number(value) + "\"";
 }
 
-void SvgDocument::rect(const MapRect& rect, double radius, const std::string& fill,
-                       std::string_view attributes) {
+void SvgCanvas::rect(const MapRect& rect, double radius, MapColor fill, double fillOpacity) {
     out_ += "<rect x=\"" + number(rect.x) + "\" y=\"" + number(rect.y) + "\" width=\"" +
             number(rect.width) + "\" height=\"" + number(rect.height) + "\"";
     if (radius > 0) out_ += " rx=\"" + number(radius) + "\"";
-    out_ += " fill=\"" + fill + "\"";
-    if (!attributes.empty()) (out_ += ' ') += attributes;
+    out_ += " fill=\"" + fill.hex() + "\"";
+    opacity("fill-opacity", fillOpacity);
     out_ += "/>\n";
 }
 
-void SvgDocument::circle(MapPoint centre, double radius, const std::string& fill,
-                         std::string_view attributes) {
+void SvgCanvas::circle(MapPoint centre, double radius, MapColor fill) {
     out_ += "<circle cx=\"" + number(centre.x) + "\" cy=\"" + number(centre.y) + "\" r=\"" +
-            number(radius) + "\" fill=\"" + fill + "\"";
-    if (!attributes.empty()) (out_ += ' ') += attributes;
-    out_ += "/>\n";
+            number(radius) + "\" fill=\"" + fill.hex() + "\"/>\n";
 }
 
-void SvgDocument::polygon(const std::vector<MapPoint>& points, const std::string& fill,
-                          std::string_view attributes) {
+void SvgCanvas::polygon(const std::vector<MapPoint>& points, MapColor fill, double fillOpacity,
+                        const MapStroke* outline) {
     out_ += "<polygon points=\"";
     for (size_t i = 0; i < points.size(); ++i) {
         if (i) out_ += ' ';
         out_ += number(points[i].x) + "," + number(points[i].y);
     }
-    out_ += "\" fill=\"" + fill + "\"";
-    if (!attributes.empty()) (out_ += ' ') += attributes;
+    out_ += "\" fill=\"" + fill.hex() + "\"";
+    opacity("fill-opacity", fillOpacity);
+    if (outline != nullptr) {
+        out_ += " stroke=\"" + outline->color.hex() + "\"";
+        opacity("stroke-opacity", outline->opacity);
+        out_ += " stroke-width=\"" + number(outline->width) + "\"";
+        if (outline->roundJoins) out_ += " stroke-linejoin=\"round\"";
+    }
     out_ += "/>\n";
 }
 
-void SvgDocument::path(std::string_view data, std::string_view attributes) {
+void SvgCanvas::lines(const std::vector<MapSegment>& segments, const MapStroke& stroke) {
     out_ += "<path d=\"";
-    out_ += data;
-    out_ += "\" ";
-    out_ += attributes;
+    for (const auto& [from, to] : segments) {
+        out_ +=
+            "M" + number(from.x) + " " + number(from.y) + "L" + number(to.x) + " " + number(to.y);
+    }
+    out_ += "\" stroke=\"" + stroke.color.hex() + "\"";
+    opacity("stroke-opacity", stroke.opacity);
+    out_ += " stroke-width=\"" + number(stroke.width) + "\" fill=\"none\"";
+    if (stroke.roundJoins) out_ += " stroke-linejoin=\"round\"";
     out_ += "/>\n";
 }
 
-void SvgDocument::icon(std::string_view data, double gridSize, double x, double y, double size,
-                       const std::string& fill, double opacity) {
-    if (data.empty() || !(gridSize > 0)) return;
+void SvgCanvas::icon(std::string_view symbolName, double x, double y, double size, MapColor fill,
+                     double fillOpacity) {
+    const std::string_view data = MapIcons::pathData(symbolName);
+    if (data.empty()) return;
     out_ += "<path transform=\"translate(" + number(x) + " " + number(y) + ") scale(" +
-            scale(size / gridSize) + ")\" fill=\"" + fill + "\" fill-rule=\"evenodd\"";
-    if (opacity < 1) out_ += " fill-opacity=\"" + number(opacity) + "\"";
+            scale(size / MapIcons::gridSize) + ")\" fill=\"" + fill.hex() +
+            "\" fill-rule=\"evenodd\"";
+    opacity("fill-opacity", fillOpacity);
     out_ += " d=\"";
     out_ += data;
     out_ += "\"/>\n";
 }
 
-void SvgDocument::text(const SvgLabel& label, std::string_view cleanText) {
+void SvgCanvas::text(const MapLabel& label, std::string_view cleanText) {
     out_ += "<text x=\"" + number(label.x) + "\" y=\"" + number(label.y) + "\" font-size=\"" +
             number(label.size) + "\"";
     if (label.bold) out_ += " font-weight=\"bold\"";
-    out_ += " fill=\"" + label.color + "\"";
-    if (label.opacity < 1) out_ += " fill-opacity=\"" + number(label.opacity) + "\"";
+    out_ += " fill=\"" + label.color.hex() + "\"";
+    opacity("fill-opacity", label.opacity);
     if (label.rotation != 0) {
         out_ += " transform=\"rotate(" + number(label.rotation) + " " + number(label.pivot.x) +
                 " " + number(label.pivot.y) + ")\"";
     }
-    if (label.anchor != "start") {
+    if (label.anchor != MapTextAnchor::start) {
         out_ += " text-anchor=\"";
-        out_ += label.anchor;
+        out_ += anchorName(label.anchor);
         out_ += "\"";
     }
     out_ += ">" + SvgText::escape(cleanText) + "</text>\n";
 }
 
-void SvgDocument::beginGroup(std::string_view attributes) {
-    out_ += "<g ";
-    out_ += attributes;
-    out_ += ">\n";
-}
-
-void SvgDocument::endGroup() {
-    out_ += "</g>\n";
-}
-
-std::string SvgDocument::finish() {
+std::string SvgCanvas::finish() {
     out_ += "</svg>\n";
     return std::move(out_);
 }
