@@ -24,30 +24,11 @@
 #include <string>
 #include <vector>
 
-#include "platform/UniqueFd.hpp"
-#include "scan/DiskCategory.hpp"
-#include "scan/FolderRole.hpp"
 #include "scan/KeptChildren.hpp"
 #include "scan/ScanEntry.hpp"
+#include "scan/SharedFolder.hpp"
 
 namespace veldan {
-
-struct SharedFolder {
-    // Fixed when offered.
-    std::string path;
-    int depth = 0;
-    FolderRole role = FolderRole::inner;
-    CategoryFlags flags = 0;
-    platform::UniqueFd fd;  // a descriptor of its own, so the walker may close its copy
-    std::vector<ScanEntry> subfolders;
-
-    // Guarded by the sharing lock.
-    size_t next = 0;      // the first subfolder not yet claimed
-    int outstanding = 0;  // subfolders claimed by helpers and not yet deposited
-    int64_t bytes = 0;    // what the helpers deposited
-    KeptChildren children;
-    bool incomplete = false;
-};
 
 class FolderSharing {
 public:

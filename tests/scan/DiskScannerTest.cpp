@@ -220,42 +220,13 @@ TEST(DiskScanner, UnauthorisedMediaLibrariesAreMeasuredWholeAndCountedAtAnyDepth
         << "an authorised library is mapped like any folder";
 }
 
-TEST(DiskScanner, FilesVanishingMidScanAreRecordedAndTheScanCompletes) {
-    test::TempDir dir;
-    const int count = 20'000;
-    for (int i = 0; i < count; ++i)
-        test::writeFile(dir / ("v" + std::to_string(i)), "");
-    // Several attempts: a deletion has to land between a listing and its status call.
-    bool sawVanished = false;
-    for (int attempt = 0; attempt < 5 && !sawVanished; ++attempt) {
-        std::atomic<bool> stop{false};
-        std::thread remover([&] {
-            for (int i = count - 1; i >= 0 && !stop; --i)
-                ::unlink((dir / ("v" + std::to_string(i))).c_str());
-        });
-        const auto snapshot = scanned(dir.path());
-        stop = true;
-        remover.join();
-        if (snapshot.unreadablePaths.empty()) {
-            for (int i = 0; i < count; ++i)
-                test::writeFile(dir / ("v" + std::to_string(i)), "");
-            continue;
-        }
-        sawVanished = true;
-        for (const auto& path : snapshot.unreadablePaths) {
-            EXPECT_EQ(snapshot.unreadableReasons->at(path), ScanIssueReason::vanished);
-        }
-    }
-    EXPECT_TRUE(sawVanished);
-}
-
 TEST(DiskScanner, CancellationReturnsNothing) {
     test::TempDir dir;
+    // Progress is first reported once a subfolder is listed, before it is finished.
     for (int top = 0; top < 8; ++top) {
-        for (int i = 0; i < 400; ++i) {
-            test::makeFolders(dir / ("t" + std::to_string(top)));
+        test::makeFolders(dir / ("t" + std::to_string(top)));
+        for (int i = 0; i < 50; ++i)
             test::writeFile(dir / ("t" + std::to_string(top) + "/f" + std::to_string(i)), "data");
-        }
     }
     ScanCancellation cancelled;
     cancelled.cancel();
