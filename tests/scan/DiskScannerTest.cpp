@@ -144,38 +144,6 @@ TEST(DiskScanner, TreesDeeperThanPathMaxAreMeasuredRelativeToFolders) {
     EXPECT_EQ(snapshot.unreadableItems, 0);
 }
 
-TEST(DiskScanner, HostileNamesKeepTheirExactBytes) {
-    test::TempDir dir;
-    const std::vector<std::string> names = {
-        "it's \"quoted\"", "line\nbreak", "bad\xff\xfe utf8", "-rf", "$(touch pwned)", "tab\there"};
-    for (const auto& name : names)
-        test::writeFileOfSize(dir / name, 5000);
-    test::makeFolders(dir / "dir\nwith\x80newline");
-    test::writeFileOfSize(dir / "dir\nwith\x80newline/inside", 5000);
-    const auto snapshot = scanned(dir.path());
-    for (const auto& name : names) {
-        const DiskNode* node = findNode(snapshot.root, dir / name);
-        ASSERT_NE(node, nullptr) << name;
-        EXPECT_EQ(node->name, name);
-    }
-    ASSERT_NE(findNode(snapshot.root, dir / "dir\nwith\x80newline/inside"), nullptr);
-    EXPECT_FALSE(test::exists(dir / "pwned"));
-}
-
-// The generated trees hold links, loops, a pipe and a socket; this is the link's own node.
-TEST(DiskScanner, ALinkToAFolderIsAFileOfItsOwn) {
-    test::TempDir dir;
-    test::makeFolders(dir / "real");
-    test::writeFileOfSize(dir / "real/data", 100'000);
-    test::makeSymlink(dir / "real", dir / "alias");
-    const auto snapshot = scanned(dir.path());
-    EXPECT_EQ(snapshot.root.bytes, test::independentWalk(dir.path()).bytes);
-    const DiskNode* alias = findNode(snapshot.root, dir / "alias");
-    ASSERT_NE(alias, nullptr);
-    EXPECT_FALSE(alias->isDirectory);
-    EXPECT_TRUE(alias->children.empty());
-}
-
 TEST(DiskScanner, LargestFilesComeOnlyFromTheMappedPartAndByAllocatedSize) {
     test::TempDir dir;
     test::writeSparseFile(dir / "sparse", int64_t{1} << 33);  // 8 GiB long, no blocks
