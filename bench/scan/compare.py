@@ -26,31 +26,31 @@ def tools(veldan, tree):
 
 
 def run_once(argv, environment):
-    """Wall seconds and peak resident kilobytes of one run, output discarded."""
+    """Wall seconds, peak resident kilobytes and processor seconds (user and system) of
+    one run, output discarded."""
     started = time.perf_counter()
-    result = subprocess.run(["/usr/bin/time", "-f", "%M"] + argv, stdout=subprocess.DEVNULL,
+    result = subprocess.run(["/usr/bin/time", "-f", "%M %U %S"] + argv, stdout=subprocess.DEVNULL,
                             stderr=subprocess.PIPE, env=environment, check=False)
     wall = time.perf_counter() - started
     if result.returncode != 0:
         raise SystemExit(f"{argv[0]} failed: {result.stderr.decode(errors='replace')}")
-    peak = int(result.stderr.decode().strip().splitlines()[-1])
-    return wall, peak
+    peak, user, system = result.stderr.decode().strip().splitlines()[-1].split()
+    return wall, int(peak), float(user) + float(system)
 
 
 def measure(veldan, tree, rounds, environment):
+    """Per tool: median wall seconds, largest peak kilobytes, median processor seconds."""
     listed = tools(veldan, tree)
     for _, argv in listed:  # warm the cache and every binary
         run_once(argv, environment)
-    walls = {name: [] for name, _ in listed}
-    peaks = {name: [] for name, _ in listed}
+    runs = {name: [] for name, _ in listed}
     for round_index in range(rounds):
         # Rotate the order so no tool always runs right after the same one.
         order = listed[round_index % len(listed):] + listed[:round_index % len(listed)]
         for name, argv in order:
-            wall, peak = run_once(argv, environment)
-            walls[name].append(wall)
-            peaks[name].append(peak)
-    return {name: (statistics.median(walls[name]), max(peaks[name])) for name in walls}
+            runs[name].append(run_once(argv, environment))
+    return {name: (statistics.median(run[0] for run in runs[name]), max(run[1] for run in runs[name]),
+                   statistics.median(run[2] for run in runs[name])) for name in runs}
 
 
 TARGETS = {  # largest veldan/du ratio of wall time
@@ -87,13 +87,14 @@ def main():
     load_after = os.getloadavg()
     shutil.rmtree(scratch, ignore_errors=True)
 
-    print(f"{rounds} rounds per tool, tools alternating; medians of wall time, largest peak memory")
+    print(f"{rounds} rounds per tool, tools alternating; medians of wall time, largest peak memory,")
+    print("medians of processor time (user and system; on a busy machine it compares best)")
     print(f"load average before {load_before[0]:.1f}, after {load_after[0]:.1f} "
           f"({os.cpu_count()} cores)")
     names = [name for name in ("veldan", "du", "gdu", "ncdu") if name in rows[0][1]]
     header = "tree      " + "".join(f"{name:>9s}" for name in names)
     header += "".join(f"{name + '/du':>11s}" for name in names if name != "du")
-    header += "   veldan peak   target"
+    header += "   veldan peak   target   cpu veldan/du"
     print(header)
     missed = []
     for kind, results in rows:
@@ -102,7 +103,8 @@ def main():
         line += "".join(f"{results[name][0] / du:11.2f}" for name in names if name != "du")
         peak = results["veldan"][1] / 1024
         target = TARGETS.get(kind)
-        line += f"   {peak:8.1f} MB   " + (f"<= {target:.2f}" if target else "-")
+        line += f"   {peak:8.1f} MB   " + (f"<= {target:.2f}" if target else "     -")
+        line += f"   {results['veldan'][2]:.2f}s/{results['du'][2]:.2f}s"
         print(line)
         if target and results["veldan"][0] / du > target:
             missed.append(f"{kind}: veldan/du {results['veldan'][0] / du:.2f} > {target:.2f}")
