@@ -131,6 +131,8 @@ TEST_F(DevCommandTest, MovesTheSelectionOnlyWhenConfirmedAndReportsEachFolder) {
     EXPECT_NE(declined.out.find("Move 2 folders (3 MB) to Trash? [y/N]"), std::string::npos)
         << declined.out;
     EXPECT_NE(declined.out.find("Nothing was moved."), std::string::npos);
+    EXPECT_NE(declined.out.find("\r\x1b[2KChecking generated folders  0 of 4"), std::string::npos)
+        << "progress on a terminal";
     EXPECT_EQ(test::trashList(), "");
 
     const auto moved =
