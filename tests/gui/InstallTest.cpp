@@ -21,7 +21,7 @@ TEST(Install, PutsEverythingADesktopNeedsInPlace) {
         test::runProcess({"cmake", "--install", VELDAN_BUILD_DIR, "--prefix", prefix.path()});
     ASSERT_EQ(install.exitCode, 0) << install.err;
     for (const char* file :
-         {"bin/veldan", "lib/veldan/libveldan_raster.so",
+         {"bin/veldan", "bin/veldan-app", "lib/veldan/libveldan_raster.so",
           "share/applications/com.veldan.Veldan.desktop",
           "share/metainfo/com.veldan.Veldan.metainfo.xml",
           "share/icons/hicolor/scalable/apps/com.veldan.Veldan.svg", "share/man/man1/veldan.1",
