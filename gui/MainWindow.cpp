@@ -286,10 +286,18 @@ void MainWindow::updateMap() {
     if (const auto& snapshot = model_.snapshot()) {
         pane_->navigation().setTree(std::shared_ptr<const DiskNode>(snapshot, &snapshot->root),
                                     true);
-    } else {
+    } else if (model_.scanPreview() || !model_.isScanning() || !showsSelectedFolder()) {
         pane_->navigation().setTree(model_.scanPreview(), false);
+    } else {
+        // A rescan keeps the map it replaces on screen until its first partial tree.
+        pane_->navigation().setTree(pane_->navigation().tree(), false);
     }
     updateFreeSpace();
+}
+
+bool MainWindow::showsSelectedFolder() const {
+    const auto& tree = pane_->navigation().tree();
+    return tree && tree->path == model_.selectedURL();
 }
 
 void MainWindow::updateExploration() {

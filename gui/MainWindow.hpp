@@ -62,6 +62,7 @@ private:
     void buildToolbar();
     void showPage(int page);
     void updateMap();
+    bool showsSelectedFolder() const;
     void updateExploration();
     void updateFreeSpace();
     void updateTray();

@@ -89,7 +89,7 @@ void MapView::paintEvent(QPaintEvent*) {
         painter.setBrush(Qt::NoBrush);
         painter.drawPath(outlineOf(hovered_));
     }
-    if (current_ != nullptr && hasFocus()) {
+    if (current_ != nullptr && hasFocus() && keyboardInUse_) {
         QPen pen(accent, 3);
         painter.setPen(pen);
         painter.setBrush(Qt::NoBrush);
@@ -120,6 +120,7 @@ void MapView::leaveEvent(QEvent*) {
 }
 
 void MapView::mouseReleaseEvent(QMouseEvent* event) {
+    keyboardInUse_ = false;
     if (event->button() != Qt::LeftButton) return;
     if (isFolderAt(event->position())) {
         Q_EMIT upRequested();
@@ -201,6 +202,8 @@ const DiskNode* MapView::neighbourOf(const DiskNode* node, int dx, int dy) const
 }
 
 void MapView::keyPressEvent(QKeyEvent* event) {
+    keyboardInUse_ = true;
+    update();
     const auto items = keyboardItems();
     switch (event->key()) {
         case Qt::Key_Left:
@@ -239,6 +242,11 @@ void MapView::keyPressEvent(QKeyEvent* event) {
 }
 
 void MapView::focusInEvent(QFocusEvent* event) {
+    // The focus ring is for people moving with the keyboard; a click or the window's first
+    // focus does not draw it.
+    keyboardInUse_ = event->reason() == Qt::TabFocusReason ||
+                     event->reason() == Qt::BacktabFocusReason ||
+                     event->reason() == Qt::ShortcutFocusReason;
     if (current_ == nullptr) {
         const auto items = keyboardItems();
         if (!items.empty()) setCurrentNode(items.front());

@@ -93,6 +93,7 @@ private:
     bool pictureValid_ = false;
     const DiskNode* hovered_ = nullptr;
     const DiskNode* current_ = nullptr;
+    bool keyboardInUse_ = false;
 };
 
 }  // namespace veldan::gui

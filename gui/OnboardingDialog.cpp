@@ -39,7 +39,7 @@ OnboardingDialog::OnboardingDialog(QWidget* parent)
       dailyCheck_(
           new QCheckBox(QStringLiteral("Check free space and new downloads once a day"), this)) {
     setWindowTitle(QStringLiteral("Welcome to Veldan"));
-    setMinimumSize(560, 360);
+    setMinimumWidth(560);
     auto* icon = new QLabel(this);
     icon->setPixmap(QApplication::windowIcon().pixmap(64, 64));
 

@@ -20,6 +20,7 @@ RecommendationsPane::RecommendationsPane(DiskMapModel& model, QWidget* parent)
     setAccessibleName(QStringLiteral("Recommendations"));
     setMinimumWidth(240);
     connect(&model_, &DiskMapModel::recommendationsChanged, this, &RecommendationsPane::refresh);
+    connect(&model_, &DiskMapModel::isScanningChanged, this, &RecommendationsPane::refresh);
     connect(this, &QTreeWidget::itemActivated, this, [](QTreeWidgetItem* item) {
         const QByteArray path = item->data(0, Qt::UserRole).toByteArray();
         if (!path.isEmpty()) DesktopServices::showInFileManager(path.toStdString());
@@ -55,7 +56,9 @@ void RecommendationsPane::refresh() {
         group->setFont(0, bold);
         if (group->childCount() == 0) {
             auto* none = new QTreeWidgetItem(group);
-            none->setText(0, QStringLiteral("Nothing here for this map"));
+            none->setText(0, model_.isScanning()
+                                 ? QStringLiteral("Listed when the scan finishes")
+                                 : QStringLiteral("Nothing here for this map"));
             none->setDisabled(true);
         }
         group->setExpanded(true);
