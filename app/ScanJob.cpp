@@ -1,5 +1,6 @@
 #include "app/ScanJob.hpp"
 
+#include "app/CleanupAftermath.hpp"
 #include "cache/ScanCache.hpp"
 #include "cache/ScanSessionCache.hpp"
 #include "platform/Paths.hpp"
@@ -34,10 +35,7 @@ void ScanJob::finishSaving() {
 }
 
 ChangedPathsSink ScanJob::changedPathsSink() {
-    return [](const std::vector<std::string>& movedPaths) {
-        ScanSessionCache::shared().invalidateCurrent(movedPaths);
-        ScanCache::shared().markStaleHolding(movedPaths);
-    };
+    return CleanupAftermath::changedPathsSink();
 }
 
 }  // namespace veldan

@@ -41,8 +41,8 @@ public:
     // Waits until every saved map queued so far is written.
     static void finishSaving();
 
-    // Where a cleanup reports the paths it moved: a session snapshot that measured them is
-    // dropped, and every saved map that holds them is marked outdated.
+    // Where a cleanup reports the paths it moved: CleanupAftermath::changedPathsSink(), which
+    // new code uses directly.
     static ChangedPathsSink changedPathsSink();
 };
 

@@ -6,13 +6,14 @@
 #include <iostream>
 #include <memory>
 
-#include "app/ScanJob.hpp"
+#include "app/CleanupAftermath.hpp"
 #include "cli/CommandRegistry.hpp"
 #include "cli/Confirmation.hpp"
 #include "cli/Interrupt.hpp"
 #include "cli/ProgressLine.hpp"
 #include "cli/RecommendationScan.hpp"
 #include "cli/RecommendationText.hpp"
+#include "platform/BackgroundWorkActivity.hpp"
 #include "recommendations/CleanupExecutor.hpp"
 
 namespace veldan::cli {
@@ -55,15 +56,19 @@ int runClean(const CleanOptions& options) {
 
     ScanCancellation cancellation;
     InterruptScope interrupt(cancellation);
+    platform::BackgroundWorkActivity busy;
+    busy.update(true);
     ProgressLine progressLine;
     auto settings = CleanupExecutorSettings::standard();
     settings.cancellation = &cancellation;
-    settings.changedPaths = ScanJob::changedPathsSink();
+    settings.changedPaths = CleanupAftermath::changedPathsSink();
     const CleanupExecutor executor(std::move(settings));
     const auto report = executor.run(safe, [&](const Recommendation& recommendation) {
         if (progressLine.active()) progressLine.show("Cleaning " + recommendation.title + "\u2026");
     });
     progressLine.clear();
+    CleanupAftermath::recordCleanupReport(report, result.snapshot.discoveredDirectories);
+    CleanupAftermath::finishWriting();
     writeCleanupReport(std::cout, report, style);
     std::cout.flush();
     if (InterruptScope::interrupted()) return exitInterrupted;

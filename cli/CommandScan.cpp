@@ -2,11 +2,16 @@
 
 #include <iostream>
 
+#include "app/CleanupAftermath.hpp"
+#include "app/ScanRecording.hpp"
 #include "cli/Interrupt.hpp"
 #include "cli/ProgressLine.hpp"
 #include "cli/Terminal.hpp"
+#include "platform/BackgroundWorkActivity.hpp"
 #include "platform/Paths.hpp"
+#include "recommendations/RecommendationBuilder.hpp"
 #include "scan/DiskScanner.hpp"
+#include "scan/ScanFolderIdentity.hpp"
 
 namespace veldan::cli {
 
@@ -22,18 +27,39 @@ bool reportRootProblem(const std::string& root) {
 
 std::shared_ptr<const ScanOutcome> scanForCommand(const std::string& root, ScanJobOptions job) {
     ScanCancellation cancellation;
+    // Held until the digest is written: Ctrl-C or SIGTERM must never leave it saying that
+    // a scan is running.
     InterruptScope interrupt(cancellation);
+    platform::BackgroundWorkActivity busy;
+    busy.update(true);
     ProgressLine progressLine;
+    const auto identity = ScanFolderIdentity::read(root);
+    ScanRecording recording(root);
     job.reuseWithinSession = false;  // one scan per process: nothing to reuse
-    if (progressLine.active() || job.progress) {
-        job.progress = [&progressLine, also = std::move(job.progress)](
-                           const std::string& item, int64_t folders, int64_t files) {
-            if (also) also(item, folders, files);
-            progressLine.show(ProgressLine::scanText(item, folders, files));
-        };
-    }
+    job.progress = [&progressLine, &recording, also = std::move(job.progress)](
+                       const std::string& item, int64_t folders, int64_t files) {
+        recording.heartbeat();
+        if (also) also(item, folders, files);
+        if (progressLine.active()) progressLine.show(ProgressLine::scanText(item, folders, files));
+    };
     auto outcome = ScanJob::run(root, cancellation, job);
     progressLine.clear();
+    // Only a folder replaced during the scan makes the map unusable: Veldan's own state
+    // and cache folders may appear inside the scanned one (the home folder) meanwhile.
+    const auto now = ScanFolderIdentity::read(root);
+    const bool replaced =
+        !identity || !now || now->device != identity->device || now->inode != identity->inode;
+    if (!outcome) {
+        recording.stopped();
+    } else if (replaced) {
+        recording.changedDuringScan();
+        std::cerr << "veldan: This folder changed during the scan. Scan it again for a fresh "
+                     "map.\n";
+    } else {
+        recording.finished(outcome->snapshot,
+                           RecommendationBuilder::build(root, outcome->snapshot));
+    }
+    CleanupAftermath::finishWriting();
     return outcome;
 }
 

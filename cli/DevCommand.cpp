@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "app/ScanJob.hpp"
+#include "app/CleanupAftermath.hpp"
 #include "cli/CommandRegistry.hpp"
 #include "cli/CommandScan.hpp"
 #include "cli/Confirmation.hpp"
@@ -22,6 +22,7 @@
 #include "cli/Terminal.hpp"
 #include "devcleanup/DevCleanupScanner.hpp"
 #include "devcleanup/DevCleanupTrashExecutor.hpp"
+#include "platform/BackgroundWorkActivity.hpp"
 
 namespace veldan::cli {
 
@@ -63,6 +64,8 @@ std::string scanProgressText(DevCleanupScanPhase phase, std::string_view label, 
 std::optional<DevCleanupResult> search(const std::string& root, bool& stopped) {
     ScanCancellation cancellation;
     InterruptScope interrupt(cancellation);
+    platform::BackgroundWorkActivity busy;
+    busy.update(true);
     ProgressLine progressLine;
     DevCleanupScanProgress progress;
     if (progressLine.active()) {
@@ -93,6 +96,8 @@ DevCleanupReport moveSelection(const std::vector<DevCleanupItem>& items, const s
     // The move is never abandoned half-way; Ctrl-C is held until the report is ready.
     ScanCancellation ignored;
     InterruptScope holdInterrupts(ignored);
+    platform::BackgroundWorkActivity busy;
+    busy.update(true);
     ProgressLine progressLine;
     DevCleanupTrashExecutor::Progress progress;
     if (progressLine.active()) {
@@ -104,11 +109,13 @@ DevCleanupReport moveSelection(const std::vector<DevCleanupItem>& items, const s
                               Terminal::display(items[static_cast<size_t>(done)].path));
         };
     }
-    const auto changedPaths = ScanJob::changedPathsSink();
+    const auto changedPaths = CleanupAftermath::changedPathsSink();
     const DevCleanupTrashExecutor executor(
         [&](const DevCleanupReport& report) { changedPaths(report.movedPaths()); });
     auto report = executor.run(items, scope, progress);
     progressLine.clear();
+    CleanupAftermath::recordTrash("Generated folders", report.bytesMoved, report.movedCount());
+    CleanupAftermath::finishWriting();
     return report;
 }
 

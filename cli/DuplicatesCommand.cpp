@@ -6,7 +6,7 @@
 #include <memory>
 #include <string>
 
-#include "app/ScanJob.hpp"
+#include "app/CleanupAftermath.hpp"
 #include "cli/CommandRegistry.hpp"
 #include "cli/CommandScan.hpp"
 #include "cli/Confirmation.hpp"
@@ -20,6 +20,7 @@
 #include "duplicates/DuplicateScanner.hpp"
 #include "duplicates/DuplicateSelection.hpp"
 #include "duplicates/DuplicateTrashExecutor.hpp"
+#include "platform/BackgroundWorkActivity.hpp"
 #include "scan/DiskScanner.hpp"
 
 namespace veldan::cli {
@@ -73,6 +74,8 @@ DuplicateTrashReport moveSelection(const DuplicateScanResult& result,
     // The move is never abandoned half-way; Ctrl-C is held until the report is ready.
     ScanCancellation ignored;
     InterruptScope holdInterrupts(ignored);
+    platform::BackgroundWorkActivity busy;
+    busy.update(true);
     ProgressLine progressLine;
     DuplicateTrashExecutor::Progress progress;
     if (progressLine.active()) {
@@ -81,9 +84,12 @@ DuplicateTrashReport moveSelection(const DuplicateScanResult& result,
                               groupedNumber(total));
         };
     }
-    auto report =
-        DuplicateTrashExecutor(ScanJob::changedPathsSink()).run(result, selection, progress);
+    auto report = DuplicateTrashExecutor(CleanupAftermath::changedPathsSink())
+                      .run(result, selection, progress);
     progressLine.clear();
+    CleanupAftermath::recordTrash("Duplicate copies", report.logicalBytesMoved,
+                                  report.movedCount());
+    CleanupAftermath::finishWriting();
     return report;
 }
 
@@ -108,6 +114,8 @@ int runDuplicates(const DuplicatesOptions& options) {
     {
         ScanCancellation cancellation;
         InterruptScope interrupt(cancellation);
+        platform::BackgroundWorkActivity busy;
+        busy.update(true);
         ProgressLine progressLine;
         DuplicateScanProgress progress;
         if (progressLine.active()) {

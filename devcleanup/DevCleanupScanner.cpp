@@ -165,8 +165,9 @@ DevCleanupScanner::DevCleanupScanner()
     : DevCleanupScanner(platform::standardizePath(platform::homeFolder())) {}
 
 std::optional<DevCleanupResult> DevCleanupScanner::scan(
-    const std::string& scope, const ScanCancellation& cancellation,
+    const std::string& folder, const ScanCancellation& cancellation,
     const DevCleanupScanProgress& progress) const {
+    const std::string scope = platform::absolutePath(folder);
     int64_t discoveryUnreadable = 0;
     auto candidates = discover(scope, home_, cancellation, progress, discoveryUnreadable);
     if (!candidates) return std::nullopt;

@@ -47,8 +47,9 @@ public:
     explicit DevCleanupScanner(std::string home);
     DevCleanupScanner();  // the current user's home folder
 
-    // Searches the absolute, standardized folder `scope`.
-    std::optional<DevCleanupResult> scan(const std::string& scope,
+    // Searches `folder` (made absolute and standardized; a link as the folder itself is
+    // not followed, so callers that accept one resolve it first).
+    std::optional<DevCleanupResult> scan(const std::string& folder,
                                          const ScanCancellation& cancellation,
                                          const DevCleanupScanProgress& progress = {}) const;
 

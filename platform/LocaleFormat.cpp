@@ -52,9 +52,21 @@ std::string LocaleFormat::integer(int64_t value) const {
     return locale_->locale.toString(static_cast<qlonglong>(value)).toStdString();
 }
 
-std::string LocaleFormat::abbreviatedDateTime(std::chrono::system_clock::time_point time) const {
+namespace {
+
+QDateTime localTime(std::chrono::system_clock::time_point time) {
     const auto ms = std::chrono::floor<std::chrono::milliseconds>(time).time_since_epoch().count();
-    const QDateTime local = QDateTime::fromMSecsSinceEpoch(ms, Qt::LocalTime);
+    return QDateTime::fromMSecsSinceEpoch(ms, Qt::LocalTime);
+}
+
+}  // namespace
+
+std::string LocaleFormat::abbreviatedDate(std::chrono::system_clock::time_point time) const {
+    return locale_->locale.toString(localTime(time), locale_->dateFormat).toStdString();
+}
+
+std::string LocaleFormat::abbreviatedDateTime(std::chrono::system_clock::time_point time) const {
+    const QDateTime local = localTime(time);
     const QString text = locale_->locale.toString(local, locale_->dateFormat) +
                          QStringLiteral(", ") +
                          locale_->locale.toString(local, locale_->timeFormat);

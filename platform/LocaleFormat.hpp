@@ -23,6 +23,8 @@ public:
     // The date with abbreviated month and no weekday, then the short time, in the local
     // time zone: "Nov 21, 2026, 12:39 PM" in en_US, "21 Nov 2026, 12:39" in C.
     std::string abbreviatedDateTime(std::chrono::system_clock::time_point time) const;
+    // The same date without the time: "Nov 21, 2026" in en_US.
+    std::string abbreviatedDate(std::chrono::system_clock::time_point time) const;
 
     struct Locale;  // the QLocale and its formats, kept out of this header
 

@@ -4,8 +4,11 @@
 #include <unistd.h>
 
 #include <cstdlib>
+#include <optional>
+#include <string_view>
 #include <vector>
 
+#include "platform/FileContents.hpp"
 #include "platform/Paths.hpp"
 
 namespace veldan::platform {
@@ -21,6 +24,34 @@ std::string absoluteVariable(const char* name) {
 std::string xdgFolder(const char* variable, const char* fallbackUnderHome) {
     auto value = absoluteVariable(variable);
     return value.empty() ? joinPath(homeFolder(), fallbackUnderHome) : value;
+}
+
+// The value of `XDG_DOWNLOAD_DIR="..."` on one line of user-dirs.dirs, unescaped, with
+// "$HOME" expanded; nothing for a line that is not that entry or is malformed.
+std::optional<std::string> downloadEntry(std::string_view line) {
+    constexpr std::string_view key = "XDG_DOWNLOAD_DIR=\"";
+    while (!line.empty() && (line.front() == ' ' || line.front() == '\t'))
+        line.remove_prefix(1);
+    if (line.substr(0, key.size()) != key) return std::nullopt;
+    line.remove_prefix(key.size());
+    std::string value;
+    bool closed = false;
+    for (size_t i = 0; i < line.size(); ++i) {
+        if (line[i] == '"') {
+            closed = true;
+            break;
+        }
+        if (line[i] == '\\' && i + 1 < line.size()) ++i;
+        value += line[i];
+    }
+    if (!closed) return std::nullopt;
+    constexpr std::string_view home = "$HOME";
+    if (value.compare(0, home.size(), home) == 0 &&
+        (value.size() == home.size() || value[home.size()] == '/')) {
+        return standardizePath(homeFolder() + value.substr(home.size()));
+    }
+    if (value.empty() || value.front() != '/') return std::nullopt;
+    return standardizePath(value);
 }
 
 }  // namespace
@@ -50,6 +81,23 @@ std::string dataHome() {
 }
 std::string configHome() {
     return xdgFolder("XDG_CONFIG_HOME", ".config");
+}
+
+std::string downloadsFolder() {
+    // The file is small; anything larger is not one xdg-user-dirs wrote.
+    auto text = readRegularFile(joinPath(configHome(), "user-dirs.dirs"), 64 * 1024);
+    std::optional<std::string> found;
+    size_t start = 0;
+    while (text && start < text->size()) {
+        size_t end = text->find('\n', start);
+        if (end == std::string::npos) end = text->size();
+        // The shell reads the file top to bottom, so a later entry wins.
+        if (auto entry = downloadEntry(std::string_view(*text).substr(start, end - start))) {
+            found = std::move(entry);
+        }
+        start = end + 1;
+    }
+    return found ? *found : joinPath(homeFolder(), "Downloads");
 }
 
 std::string temporaryFolder() {

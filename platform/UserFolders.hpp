@@ -19,6 +19,11 @@ std::string stateHome();
 std::string dataHome();
 std::string configHome();
 
+// The Downloads folder: XDG_DOWNLOAD_DIR from $XDG_CONFIG_HOME/user-dirs.dirs (the file
+// xdg-user-dirs writes; "$HOME/..." or an absolute path in double quotes, with backslash
+// escapes), else ~/Downloads. Symbolic links are not resolved here.
+std::string downloadsFolder();
+
 // The system's folder for temporary files: $TMPDIR when absolute, else "/tmp".
 std::string temporaryFolder();
 

@@ -1,6 +1,6 @@
 #include "platform/Uuid.hpp"
 
-#include <openssl/rand.h>
+#include <sys/random.h>
 
 #include <array>
 #include <cstdint>
@@ -11,7 +11,10 @@ namespace veldan::platform {
 
 std::string randomUuid() {
     std::array<uint8_t, 16> bytes{};
-    if (RAND_bytes(bytes.data(), static_cast<int>(bytes.size())) != 1) {
+    // The kernel's generator directly: OpenSSL's keeps state per thread, which the
+    // serial queues' threads would leave behind when they end after OpenSSL's own
+    // clean-up at exit.
+    if (::getrandom(bytes.data(), bytes.size(), 0) != static_cast<ssize_t>(bytes.size())) {
         std::random_device device;
         for (auto& byte : bytes)
             byte = static_cast<uint8_t>(device());

@@ -14,7 +14,7 @@ packages=(
     libplist-dev libssl-dev libcli11-dev nlohmann-json3-dev
     libgtest-dev libgmock-dev libbenchmark-dev
     clang libclang-rt-14-dev
-    trash-cli shellcheck dash util-linux
+    trash-cli shellcheck dash util-linux dbus-daemon
 )
 if [[ "${1:-}" == "--bench" ]]; then
     packages+=(gdu ncdu jdupes rdfind fdupes rmlint hyperfine time)

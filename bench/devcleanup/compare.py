@@ -25,15 +25,16 @@ def pipeline(tree):
 
 
 def run_once(argv, environment):
-    """Wall seconds, peak resident kilobytes and output of one run."""
+    """Wall seconds, processor seconds (user and system, children included), peak resident
+    kilobytes and output of one run."""
     started = time.perf_counter()
-    result = subprocess.run(["/usr/bin/time", "-f", "%M"] + argv, stdout=subprocess.PIPE,
+    result = subprocess.run(["/usr/bin/time", "-f", "%M %U %S"] + argv, stdout=subprocess.PIPE,
                             stderr=subprocess.PIPE, env=environment, check=False)
     wall = time.perf_counter() - started
     if result.returncode != 0:
         raise SystemExit(f"{argv} failed: {result.stderr.decode(errors='replace')}")
-    peak = int(result.stderr.decode().strip().splitlines()[-1])
-    return wall, peak, result.stdout
+    peak, user, system = result.stderr.decode().strip().splitlines()[-1].split()
+    return wall, float(user) + float(system), int(peak), result.stdout
 
 
 def veldan_sizes(output):
@@ -86,27 +87,32 @@ def main():
                           ("XDG_CONFIG_HOME", ".config"), ("XDG_DATA_HOME", ".local/share")):
         environment[variable] = os.path.join(scratch, sub)
     tools = [("veldan", [veldan, "dev", "--json", tree]), ("find+du", pipeline(tree))]
-    outputs = {name: run_once(argv, environment)[2] for name, argv in tools}  # warm the cache
+    outputs = {name: run_once(argv, environment)[3] for name, argv in tools}  # warm the cache
     folders, worst = check_same(veldan_sizes(outputs["veldan"]), du_sizes(outputs["find+du"]))
     print(f"{kind} tree: {entries:,} entries, {folders} generated folders found by both; sizes "
           f"differ by at most {worst} bytes, each within the folder's own blocks")
     print(f"load average before: {load()}  ({os.cpu_count()} CPUs)")
     walls = {name: [] for name, _ in tools}
+    cpus = {name: [] for name, _ in tools}
     peaks = {name: [] for name, _ in tools}
     for round_index in range(rounds):
         order = tools if round_index % 2 == 0 else list(reversed(tools))
         for name, argv in order:
-            wall, peak, _ = run_once(argv, environment)
+            wall, cpu, peak, _ = run_once(argv, environment)
             walls[name].append(wall)
+            cpus[name].append(cpu)
             peaks[name].append(peak)
     print(f"load average after:  {load()}")
     ratios = [v / p for v, p in zip(walls["veldan"], walls["find+du"])]
     for name in walls:
         print(f"  {name:8s} median {statistics.median(walls[name]) * 1000:7.0f} ms   "
-              f"min {min(walls[name]) * 1000:7.0f} ms   peak {max(peaks[name]) / 1024:6.1f} MB")
+              f"min {min(walls[name]) * 1000:7.0f} ms   processor {statistics.median(cpus[name]) * 1000:6.0f} ms   "
+              f"peak {max(peaks[name]) / 1024:6.1f} MB")
     median_ratio = statistics.median(walls["veldan"]) / statistics.median(walls["find+du"])
     print(f"  veldan/pipeline: ratio of medians {median_ratio:.2f}, median of per-round ratios "
           f"{statistics.median(ratios):.2f} (target <= 0.6)")
+    print(f"  processor time veldan/pipeline {statistics.median(cpus['veldan']) / statistics.median(cpus['find+du']):.2f} "
+          f"(what parallel workers cannot win back on a machine without idle processors)")
     print(f"  veldan peak memory {max(peaks['veldan']) / 1024:.1f} MB (target < 30 MB)")
     shutil.rmtree(scratch, ignore_errors=True)
 

@@ -1,4 +1,4 @@
-// Saving the report of the map: the proposed names and messages, a map replaced while the
+// Choosing a folder through the panel, and saving the report of the map: the proposed names and messages, a map replaced while the
 // panel is open, and a write that fails.
 
 #include <gtest/gtest.h>
@@ -23,7 +23,10 @@ TEST_F(DiskMapModelReportTest, SummaryGoesWhereThePanelSaysUnlessTheMapChangedMe
     model->saveSummary();  // nothing to report yet
     EXPECT_TRUE(panels->reportRequests.empty());
 
-    scanAndWait(*model, mapped);
+    panels->answer = mapped;
+    model->chooseFolder();
+    ASSERT_TRUE(waitUntil([&] { return model->snapshot() != nullptr; }));
+    EXPECT_EQ(panels->folderRequests, 1);
     EXPECT_EQ(model->summaryKind(), DiskMapModel::SummaryKind::summary);
     panels->answer = home / "Reports/summary.txt";
     model->saveSummary();

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <filesystem>
 #include <nlohmann/json.hpp>
 
 #include "tests/support/Files.hpp"
@@ -161,6 +162,10 @@ TEST(ScanCommand, CtrlCStopsTheScanWithStatus130AndProgressShowsOnATerminal) {
         test::runInTerminal({test::veldanBinary(), "scan", dir.path()}, options, "Scanning");
     EXPECT_EQ(stopped.exitCode, 130) << stopped.out;
     EXPECT_NE(stopped.out.find("Scan stopped"), std::string::npos) << stopped.out;
+    const auto status = veldan({"status", "--json"});
+    const auto digest = nlohmann::json::parse(status.out);
+    EXPECT_EQ(digest["scanState"], "stopped") << "quitting never leaves a scan running";
+    EXPECT_EQ(digest["activeScanScopeName"], std::filesystem::path(dir.path()).filename().string());
 
     auto finished = test::runInTerminal({test::veldanBinary(), "scan", dir.path()}, options);
     EXPECT_EQ(finished.exitCode, 0);

@@ -7,6 +7,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "activity/ActivityTracker.hpp"
 #include "tests/devcleanup/DevTestSupport.hpp"
 #include "tests/platform/TrashCli.hpp"
 #include "tests/support/Files.hpp"
@@ -130,6 +131,8 @@ TEST_F(DevCommandTest, MovesTheSelectionOnlyWhenConfirmedAndReportsEachFolder) {
     EXPECT_NE(declined.out.find("Move 2 folders (3 MB) to Trash? [y/N]"), std::string::npos)
         << declined.out;
     EXPECT_NE(declined.out.find("Nothing was moved."), std::string::npos);
+    EXPECT_NE(declined.out.find("\r\x1b[2KChecking generated folders  0 of 4"), std::string::npos)
+        << "progress on a terminal";
     EXPECT_EQ(test::trashList(), "");
 
     const auto moved =
@@ -146,6 +149,10 @@ TEST_F(DevCommandTest, MovesTheSelectionOnlyWhenConfirmedAndReportsEachFolder) {
     EXPECT_TRUE(test::exists(dir_ / "web/.next"));
     EXPECT_FALSE(test::exists(dir_ / "cli/target"));
     EXPECT_TRUE(test::trashListShows(test::trashList(), dir_ / "api/node_modules"));
+    const auto history = ActivityTracker(home_.stateHome() + "/Veldan/Activity.plist").history();
+    ASSERT_EQ(history.activities.size(), 1u) << "the move is in the cleanup history";
+    EXPECT_EQ(history.activities[0].title, "Generated folders");
+    EXPECT_EQ(history.activities[0].count, 3);
 }
 
 TEST_F(DevCommandTest, FoldersNotMeasuredCompletelyAreFlaggedAndLeftOutOfTheSelection) {
