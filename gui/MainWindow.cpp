@@ -25,6 +25,7 @@
 #include "gui/RecommendationsPane.hpp"
 #include "gui/ToolScreens.hpp"
 #include "gui/TrayIcon.hpp"
+#include "gui/TrayStatus.hpp"
 #include "gui/WindowActions.hpp"
 #include "platform/UserFolders.hpp"
 
@@ -171,6 +172,7 @@ MainWindow::MainWindow(DiskMapModel& model, ToolNavigation& tools, QWidget* pare
     if (TrayIcon::isAvailable()) {
         tray_ = new TrayIcon(*actions_, this);
         connect(tray_, &TrayIcon::openRequested, this, &MainWindow::bringForward);
+        new TrayStatus(model_, *tray_, this);
     }
     messages();
     updateMap();

@@ -56,9 +56,8 @@ void RecommendationsPane::refresh() {
         group->setFont(0, bold);
         if (group->childCount() == 0) {
             auto* none = new QTreeWidgetItem(group);
-            none->setText(0, model_.isScanning()
-                                 ? QStringLiteral("Listed when the scan finishes")
-                                 : QStringLiteral("Nothing here for this map"));
+            none->setText(0, model_.isScanning() ? QStringLiteral("Listed when the scan finishes")
+                                                 : QStringLiteral("Nothing here for this map"));
             none->setDisabled(true);
         }
         group->setExpanded(true);

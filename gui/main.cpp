@@ -6,6 +6,7 @@
 #include <QFile>
 #include <QIcon>
 
+#include "activity/WidgetDigest.hpp"
 #include "app/DiskMapModel.hpp"
 #include "app/ToolNavigation.hpp"
 #include "gui/AppArguments.hpp"
@@ -38,5 +39,9 @@ int main(int argc, char** argv) {
                          if (path) window.scanFolder(*path);
                      });
     window.show();
-    return QApplication::exec();
+    const int status = QApplication::exec();
+    // A tray icon or status bar must never show a scan in progress after Veldan has quit.
+    WidgetDigest::markInterruptedScanStopped();
+    WidgetDigest::drain();
+    return status;
 }

@@ -15,6 +15,7 @@
 #include <QUrl>
 #include <future>
 
+#include "activity/WidgetDigest.hpp"
 #include "app/DiskMapModel.hpp"
 #include "app/ToolNavigation.hpp"
 #include "cache/ScanCache.hpp"
@@ -25,6 +26,7 @@
 #include "gui/OnboardingDialog.hpp"
 #include "gui/SingleInstance.hpp"
 #include "gui/TrayIcon.hpp"
+#include "gui/TrayStatus.hpp"
 #include "gui/TreemapView.hpp"
 #include "gui/WindowActions.hpp"
 #include "platform/Preferences.hpp"
@@ -140,6 +142,19 @@ TEST_F(MainWindowTest, TheTrayMenuOpensTheWindowScansAndOpensTools) {
     item("Scan Home Folder")->trigger();
     EXPECT_EQ(window->currentPage(), 0);
     ASSERT_TRUE(mapShows(home.home()));
+
+    // The icon's words come from the digest that `veldan status` reads too.
+    WidgetDigest digest = WidgetDigest::initial(home.home());
+    digest.hasCompletedScan = true;
+    digest.safeCount = 1;
+    digest.safeBytes = 2'000'000'000;
+    WidgetDigest::save(digest);
+    WidgetDigest::drain();
+    TrayStatus status(*model, tray);
+    QSignalSpy shown(&status, &TrayStatus::shown);
+    ASSERT_TRUE(test::waitUntil([&] { return !shown.isEmpty(); }));
+    EXPECT_TRUE(shown.back()[0].toString().startsWith("Home folder: "));
+    EXPECT_TRUE(tray.status().contains("2.0 GB safe to clean")) << tray.status().toStdString();
 
     // This desktop has no tray: the item says so instead of doing nothing.
     EXPECT_FALSE(window->actions()->trayIcon->isEnabled());
