@@ -116,19 +116,7 @@ MainWindow::MainWindow(DiskMapModel& model, ToolNavigation& tools, QWidget* pare
         connect(start, &QAction::triggered, this, [this] { showPage(0); });
     }
     connect(actions_->openWindow, &QAction::triggered, this, &MainWindow::bringForward);
-    connect(actions_->welcome, &QAction::triggered, this, [this] {
-        auto* onboarding = new OnboardingDialog(this);
-        onboarding->setAttribute(Qt::WA_DeleteOnClose);
-        onboarding->showStep(0);
-        connect(onboarding, &OnboardingDialog::finishedWith, this, [this](auto scan) {
-            if (scan == OnboardingDialog::FirstScan::homeFolder) {
-                actions_->scanHome->trigger();
-            } else {
-                actions_->scanStartupDisk->trigger();
-            }
-        });
-        onboarding->open();
-    });
+    connect(actions_->welcome, &QAction::triggered, this, [this] { showOnboarding(0); });
     connect(actions_->about, &QAction::triggered, this, [this] {
         QMessageBox::about(this, QStringLiteral("About Veldan"),
                            QStringLiteral("<h3>Veldan %1</h3><p>Maps where space goes on your disk "
@@ -273,9 +261,13 @@ void MainWindow::scanFolder(const std::string& path) {
 }
 
 void MainWindow::startOnboardingIfNeeded() {
-    if (!model_.needsOnboarding()) return;
+    if (model_.needsOnboarding()) showOnboarding(std::nullopt);
+}
+
+void MainWindow::showOnboarding(std::optional<int> step) {
     auto* onboarding = new OnboardingDialog(this);
     onboarding->setAttribute(Qt::WA_DeleteOnClose);
+    if (step) onboarding->showStep(*step);
     connect(onboarding, &OnboardingDialog::finishedWith, this, [this](auto scan) {
         scanFolder(scan == OnboardingDialog::FirstScan::homeFolder ? platform::homeFolder()
                                                                    : DiskMapModel::startupDiskURL);

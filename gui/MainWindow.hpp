@@ -49,6 +49,8 @@ public:
     void bringForward();
     // Runs onboarding when the model found it unfinished.
     void startOnboardingIfNeeded();
+    // The first-run window at `step`, or where it was left.
+    void showOnboarding(std::optional<int> step);
     // A folder named by a second launch or dropped on the window: scanned.
     void scanFolder(const std::string& path);
 

@@ -60,7 +60,10 @@ void MapView::setContent(MapContent content) {
 }
 
 void MapView::invalidate() {
-    layOut(size());
+    // A hidden view (the other views of the pane) lays out when it is shown: a live scan
+    // replaces the tree every few tenths of a second.
+    layoutStale_ = !isVisible();
+    if (!layoutStale_) layOut(size());
     pictureValid_ = false;
     updateAccessibleText();
     update();
@@ -78,6 +81,10 @@ void MapView::renderPicture() {
 }
 
 void MapView::paintEvent(QPaintEvent*) {
+    if (layoutStale_) {
+        layOut(size());
+        layoutStale_ = false;
+    }
     if (!pictureValid_ || picture_.deviceIndependentSize() != QSizeF(size())) renderPicture();
     QPainter painter(this);
     painter.drawPixmap(0, 0, picture_);
@@ -98,8 +105,17 @@ void MapView::paintEvent(QPaintEvent*) {
 }
 
 void MapView::resizeEvent(QResizeEvent*) {
-    layOut(size());
+    layoutStale_ = !isVisible();
+    if (!layoutStale_) layOut(size());
     pictureValid_ = false;
+}
+
+void MapView::showEvent(QShowEvent* event) {
+    if (layoutStale_) {
+        layOut(size());
+        layoutStale_ = false;
+    }
+    QWidget::showEvent(event);
 }
 
 void MapView::setHovered(const DiskNode* node) {
