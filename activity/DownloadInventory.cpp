@@ -68,10 +68,10 @@ DownloadMoveOutcome DownloadInventory::moveToTrash(const TrackedDownload& downlo
     if (!parent) return refused(notInsideReason);
     auto status = platform::statAt(parent.get(), name.c_str(), false, error);
     if (!status || !download.isUnchanged(*status)) return refused(changedReason);
-    // The Trash checks device and inode once more through the same folder descriptor
-    // right before the rename, so nothing swapped in after this check can move instead.
+    // The Trash checks the item once more through the same folder descriptor right before
+    // the rename, so nothing swapped in after this check can move instead.
     auto outcome = platform::Trash::moveItem(parent.get(), platform::parentPath(path), name,
-                                             platform::ItemIdentity{status->device, status->inode});
+                                             {platform::ItemIdentity::of(*status)});
     if (!outcome.moved) return refused(outcome.reason);
     return DownloadMoveOutcome{true, outcome.trashedPath, {}};
 }

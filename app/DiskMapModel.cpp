@@ -5,8 +5,14 @@
 
 #include <QCoreApplication>
 
+#include "activity/ActivityTracker.hpp"
+#include "activity/DownloadInventory.hpp"
+#include "activity/WidgetDigest.hpp"
+#include "app/CleanupAftermath.hpp"
+#include "app/DailyCheck.hpp"
 #include "app/MapFreshness.hpp"
 #include "app/RecentFolders.hpp"
+#include "app/ScanJob.hpp"
 #include "cache/ScanSessionCache.hpp"
 #include "platform/Paths.hpp"
 #include "platform/Preferences.hpp"
@@ -45,10 +51,15 @@ DiskMapModel::DiskMapModel(DiskMapModelOptions options, QObject* parent)
     freshnessTimer_.setInterval(freshnessInterval);
     connect(&freshnessTimer_, &QTimer::timeout, this, &DiskMapModel::refreshMapFreshness);
     freshnessTimer_.start();
+    dailyTimer_.setInterval(std::chrono::hours(1));
+    connect(&dailyTimer_, &QTimer::timeout, this, [this] { runDailyTrackingNow(false); });
+    dailyTimer_.start();
 
     const auto commandLine = commandLineScanPath(options_.arguments);
     tasks_.run(
         [commandLine] {
+            // The history is read at its first use: here, not on the main thread.
+            ActivityTracker::shared();
             Startup startup;
             startup.recentFolders = platform::Preferences::strings(RecentFolders::preferenceKey)
                                         .value_or(std::vector<std::string>{});
@@ -68,11 +79,18 @@ DiskMapModel::DiskMapModel(DiskMapModelOptions options, QObject* parent)
 }
 
 DiskMapModel::~DiskMapModel() {
+    stopWorkers();
+}
+
+void DiskMapModel::stopWorkers() {
     freshnessTimer_.stop();
-    for (auto* token : {&cancellation_, &explorationCancellation_, &cleanupCancellation_,
-                        &duplicateCancellation_, &folderRescanCancellation_}) {
+    dailyTimer_.stop();
+    for (auto* token :
+         {&cancellation_, &dailyCancellation_, &explorationCancellation_, &cleanupCancellation_,
+          &duplicateCancellation_, &folderRescanCancellation_}) {
         if (*token) (*token)->cancel();
     }
+    // A duplicate move is never interrupted: it ends on its own, file after file.
     tasks_.waitForDone();
 }
 
@@ -95,6 +113,8 @@ void DiskMapModel::applyStartup(Startup startup) {
         }
     }
     Q_EMIT started();
+    // A day missed while the app was closed is caught up now.
+    runDailyTrackingNow(false);
 }
 
 bool DiskMapModel::isDoingBackgroundWork() const {
@@ -103,8 +123,10 @@ bool DiskMapModel::isDoingBackgroundWork() const {
 }
 
 void DiskMapModel::updateBackgroundActivity() {
-    publish(isDoingBackgroundWork_, isDoingBackgroundWork(),
-            &DiskMapModel::isDoingBackgroundWorkChanged);
+    if (isDoingBackgroundWork_ == isDoingBackgroundWork()) return;
+    isDoingBackgroundWork_ = !isDoingBackgroundWork_;
+    backgroundActivity_.update(isDoingBackgroundWork_);
+    Q_EMIT isDoingBackgroundWorkChanged();
 }
 
 void DiskMapModel::setScanError(std::optional<std::string> message) {
@@ -172,12 +194,63 @@ void DiskMapModel::refreshMapFreshness() {
 void DiskMapModel::markMapNeedsRefresh(const std::vector<std::string>& affectedPaths) {
     if (!snapshot_ || affectedPaths.empty()) return;
     const auto shown = snapshot_;
-    tasks_.run([root = shown->root.path,
-                affectedPaths] { return MapFreshness::affectsMap(root, affectedPaths); },
-               [this, shown](bool affects) {
-                   if (!affects || snapshot_ != shown || mapNeedsRefresh_) return;
-                   publish(mapNeedsRefresh_, true, &DiskMapModel::mapNeedsRefreshChanged);
-               });
+    auto affects = [root = shown->root.path, affectedPaths] {
+        return MapFreshness::affectsMap(root, affectedPaths);
+    };
+    tasks_.run(std::move(affects), [this, shown](bool affected) {
+        if (!affected || snapshot_ != shown || mapNeedsRefresh_) return;
+        publish(mapNeedsRefresh_, true, &DiskMapModel::mapNeedsRefreshChanged);
+        WidgetDigest::markNeedsRefresh();
+    });
+}
+
+void DiskMapModel::runDailyTrackingNow(bool force) {
+    if (dailyCancellation_) return;
+    auto token = std::make_shared<ScanCancellation>();
+    dailyCancellation_ = token;
+    Q_EMIT dailyTrackingChanged();
+    tasks_.run(
+        [token, force] {
+            return DailyCheck::run(ActivityTracker::shared(), *token, force).outcome;
+        },
+        [this, token](DailyCheckResult::Outcome outcome) {
+            if (dailyCancellation_ != token) return;
+            dailyCancellation_.reset();
+            Q_EMIT dailyTrackingChanged();
+            // Its scan may have seen what changed under the map.
+            if (outcome == DailyCheckResult::Outcome::checked) refreshMapFreshness();
+        },
+        BackgroundTasks::Priority::utility);
+}
+
+void DiskMapModel::cancelDailyTracking() {
+    if (!dailyCancellation_) return;
+    dailyCancellation_->cancel();
+    dailyCancellation_.reset();
+    Q_EMIT dailyTrackingChanged();
+}
+
+void DiskMapModel::setDailyTrackingEnabled(bool enabled) {
+    tasks_.run([enabled] { return ActivityTracker::shared().setDailyEnabled(enabled); },
+               [this](bool) { Q_EMIT dailyTrackingChanged(); });
+}
+
+void DiskMapModel::moveDownloadToTrash(const TrackedDownload& download) {
+    auto move = [download] {
+        return ActivityTracker::shared().moveDownloadToTrash(download,
+                                                             CleanupAftermath::changedPathsSink());
+    };
+    tasks_.run(std::move(move), [this, path = download.path](DownloadMoveOutcome outcome) {
+        if (outcome.moved) markMapNeedsRefresh({path});
+        Q_EMIT dailyTrackingChanged();
+    });
+}
+
+void DiskMapModel::applicationWillTerminate() {
+    stopWorkers();
+    WidgetDigest::markInterruptedScanStopped();
+    ScanJob::finishSaving();
+    CleanupAftermath::finishWriting();
 }
 
 }  // namespace veldan

@@ -37,6 +37,7 @@
 #include "duplicates/DuplicateScanPhase.hpp"
 #include "duplicates/DuplicateSelection.hpp"
 #include "duplicates/DuplicateTrashReport.hpp"
+#include "platform/BackgroundWorkActivity.hpp"
 #include "platform/SerialQueue.hpp"
 #include "recommendations/CleanupReport.hpp"
 #include "scan/DiskCategory.hpp"
@@ -51,6 +52,8 @@
 namespace veldan {
 
 struct ScanOutcome;
+class ScanRecording;
+struct TrackedDownload;
 
 // Counts and the current folder of the running scan.
 struct ScanProgressState {
@@ -199,6 +202,8 @@ public:
 
     // A scan, a cleanup, a duplicate search or move, or an exploration runs.
     bool isDoingBackgroundWork() const;
+    // The daily check of free space and Downloads is running.
+    bool isRunningDailyCheck() const { return dailyCancellation_ != nullptr; }
     // Startup found onboarding unfinished and no "--scan": the window runs onboarding,
     // which starts the first scan itself.
     bool needsOnboarding() const { return needsOnboarding_; }
@@ -291,6 +296,23 @@ public:
     // this thread. Failures and a map replaced meanwhile end in scanError.
     void saveSummary();
 
+    // The daily check (a scan of the startup disk and a listing of Downloads, recorded in
+    // the activity history), when it is due or when forced, at utility priority. Startup
+    // and an hourly timer ask for it; any scan start cancels it.
+    void runDailyTrackingNow(bool force);
+    void cancelDailyTracking();
+    // The activity screen's switch and list, off this thread: the preference is written,
+    // or one download is verified and moved to the Trash (refusals in the tracker's
+    // moveError). Either way dailyTrackingChanged follows; a moved download also marks the
+    // map outdated when it lay inside it.
+    void setDailyTrackingEnabled(bool enabled);
+    void moveDownloadToTrash(const TrackedDownload& download);
+
+    // The application is quitting: every task is stopped and waited for, readers of the
+    // widget digest must not keep showing a scan in progress, and the history, digest and
+    // saved maps are written before this returns. The model does nothing more afterwards.
+    void applicationWillTerminate();
+
     void setFilePanels(std::shared_ptr<FilePanels> panels) { panels_ = std::move(panels); }
 
     // Blocks until every background task queued so far has finished (tests).
@@ -330,6 +352,8 @@ Q_SIGNALS:
     void duplicateTrashChanged();
     void duplicateScopeOverrideChanged();
     void isDoingBackgroundWorkChanged();
+    // The daily check started or ended, its switch changed, or a download move ended.
+    void dailyTrackingChanged();
 
 private:
     struct Startup;
@@ -347,6 +371,7 @@ private:
     void setScanError(std::optional<std::string> message);
     void setLocationNotice(std::optional<std::string> message);
     void updateBackgroundActivity();
+    void stopWorkers();
     void applyStartup(Startup startup);
     void writePreference(std::function<void()> write);
     void rememberFolder(const std::string& path);
@@ -377,6 +402,7 @@ private:
     DiskMapModelOptions options_;
     std::shared_ptr<FilePanels> panels_;
     QTimer freshnessTimer_;
+    QTimer dailyTimer_;
 
     std::string selectedURL_ = startupDiskURL;
     std::vector<std::string> recentFolders_;
@@ -428,6 +454,8 @@ private:
     DuplicateGroupFilterCache duplicateFilter_;
 
     std::shared_ptr<ScanCancellation> cancellation_;
+    std::shared_ptr<ScanRecording> recording_;  // what the running scan tells the digest
+    std::shared_ptr<ScanCancellation> dailyCancellation_;
     std::shared_ptr<ScanCancellation> explorationCancellation_;
     std::shared_ptr<ScanCancellation> cleanupCancellation_;
     std::shared_ptr<ScanCancellation> duplicateCancellation_;
@@ -443,6 +471,7 @@ private:
     bool hasStarted_ = false;
     bool startupChoiceWithdrawn_ = false;  // the user chose a map before startup did
 
+    platform::BackgroundWorkActivity backgroundActivity_;
     // Last, so that they are destroyed first: their destructors wait for the work that
     // still refers to the members above.
     platform::SerialQueue preferenceWrites_{"com.veldan.preferences"};

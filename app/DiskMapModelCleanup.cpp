@@ -1,16 +1,13 @@
 // The recommendation selection and the cleanup of the selected safe items.
 
+#include "app/CleanupAftermath.hpp"
 #include "app/DiskMapModel.hpp"
-#include "app/ScanJob.hpp"
 #include "recommendations/CleanupExecutor.hpp"
-#include "recommendations/RecommendationBuilder.hpp"
 
 namespace veldan {
 
 struct DiskMapModel::CleanupRun {
     CleanupReport report;
-    // What each result moved, measured by the map (nested folders counted once).
-    std::vector<int64_t> movedBytes;
     // What changed on the disk: the moved folders, and the caches a tool cleaned.
     std::vector<std::string> changedPaths;
 };
@@ -70,7 +67,7 @@ void DiskMapModel::startCleanup() {
          seam = options_.seams.beforeCleanup] {
             if (seam) seam();
             auto settings = CleanupExecutorSettings::standard();
-            settings.changedPaths = ScanJob::changedPathsSink();
+            settings.changedPaths = CleanupAftermath::changedPathsSink();
             settings.cancellation = token.get();
             int64_t started = 0;
             CleanupRun run;
@@ -83,9 +80,8 @@ void DiskMapModel::startCleanup() {
                         Q_EMIT cleanupChanged();
                     });
                 });
+            CleanupAftermath::recordCleanupReport(run.report, snapshot->discoveredDirectories);
             for (const auto& result : run.report.results) {
-                run.movedBytes.push_back(RecommendationBuilder::footprint(
-                    result.movedPaths, {}, snapshot->discoveredDirectories));
                 auto& changed = run.changedPaths;
                 changed.insert(changed.end(), result.movedPaths.begin(), result.movedPaths.end());
                 if (result.succeeded && result.totalFolders == 0) {

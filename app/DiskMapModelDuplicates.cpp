@@ -1,9 +1,9 @@
 // The duplicate finder's state: the search, the selection rules and filter, and the
 // verified move of the checked copies to the Trash.
 
+#include "app/CleanupAftermath.hpp"
 #include "app/DiskMapModel.hpp"
 #include "app/DuplicateResultUpdate.hpp"
-#include "app/ScanJob.hpp"
 #include "duplicates/DuplicateScanner.hpp"
 #include "duplicates/DuplicateTrashExecutor.hpp"
 #include "platform/Paths.hpp"
@@ -220,8 +220,11 @@ void DiskMapModel::moveSelectedDuplicatesToTrash() {
                     Q_EMIT duplicateTrashChanged();
                 });
             };
-            return DuplicateTrashExecutor(ScanJob::changedPathsSink())
-                .run(*result, selection, progress);
+            auto report = DuplicateTrashExecutor(CleanupAftermath::changedPathsSink())
+                              .run(*result, selection, progress);
+            CleanupAftermath::recordTrash("Duplicate copies", report.logicalBytesMoved,
+                                          report.movedCount());
+            return report;
         },
         [this](DuplicateTrashReport report) { finishDuplicateMove(std::move(report)); });
 }

@@ -4,9 +4,13 @@
 #include <cstdlib>
 #include <limits>
 
+#include "activity/ActivityTracker.hpp"
+#include "activity/DownloadInventory.hpp"
+#include "activity/WidgetDigest.hpp"
 #include "app/DiskMapModel.hpp"
 #include "app/RecentFolders.hpp"
 #include "app/ScanJob.hpp"
+#include "app/ScanRecording.hpp"
 #include "cache/ScanCache.hpp"
 #include "cache/ScanSessionCache.hpp"
 #include "platform/Paths.hpp"
@@ -21,6 +25,7 @@ struct DiskMapModel::ScanResult {
     std::map<DiskCategory, int64_t> totals;
     std::vector<Recommendation> recommendations;
     std::optional<uint64_t> sessionGeneration;
+    std::optional<std::vector<TrackedDownload>> downloads;  // for a scan of the startup disk
     bool rootUnchanged = false;
     std::string failure;  // why there is no outcome, unless the scan was stopped
 };
@@ -65,6 +70,7 @@ void DiskMapModel::scan(const std::string& path,
     startToken_ = token;
     tasks_.run(
         [standardized, seam = options_.seams.beforeRootIdentity] {
+            ScanStartCheck::prepareOwnFolders();
             return ScanStartCheck::check(standardized, seam);
         },
         [this, token, standardized,
@@ -84,6 +90,7 @@ void DiskMapModel::beginScan(const std::string& path, const ScanRoot& root,
                              std::optional<std::vector<Recommendation>> preservingSelection) {
     restoreToken_.reset();
     publish(isRestoringScan_, false, &DiskMapModel::isRestoringScanChanged);
+    cancelDailyTracking();  // a scan always wins over the daily check
 
     if (isScanning_) cancelScan();
     clearDuplicates();
@@ -116,16 +123,19 @@ void DiskMapModel::beginScan(const std::string& path, const ScanRoot& root,
     mappedSessionGeneration_.reset();
     publish(mapNeedsRefresh_, false, &DiskMapModel::mapNeedsRefreshChanged);
     refreshVolume();
+    recording_ = std::make_shared<ScanRecording>(root.path);
 
     auto token = std::make_shared<ScanCancellation>();
     cancellation_ = token;
     tasks_.run(
-        [this, token, path, root, seam = options_.seams.scanFinished] {
+        [this, token, path, root, recording = recording_, seam = options_.seams.scanFinished] {
             // Progress and partial trees hop to the model, which applies them only while
             // this scan is still the current one.
             ScanJobOptions job;
             job.useSavedMaps = false;  // saved at completion, once the folder is proven
-            job.progress = [this, token](const std::string& item, int64_t folders, int64_t files) {
+            job.progress = [this, token, recording](const std::string& item, int64_t folders,
+                                                    int64_t files) {
+                recording->heartbeat();
                 tasks_.toReceiver([this, token, item, folders, files] {
                     if (cancellation_ != token || token->cancelled()) return;
                     ScanProgressState state = scanProgress_;
@@ -150,6 +160,9 @@ void DiskMapModel::beginScan(const std::string& path, const ScanRoot& root,
                 result.recommendations =
                     RecommendationBuilder::build(path, result.outcome->snapshot);
                 result.sessionGeneration = ScanSessionCache::shared().flushedGeneration(path);
+                if (root.path == startupDiskURL) {
+                    result.downloads = DownloadInventory::collect(std::chrono::system_clock::now());
+                }
             } else if (token->cancelled()) {
                 // The saved map may well be what made the user stop: it no longer shows
                 // what is on the disk.
@@ -173,6 +186,8 @@ void DiskMapModel::completeScan(
     if (cancellation_ != token || token->cancelled()) return;
 
     if (!result.rootUnchanged || !result.outcome) {
+        result.rootUnchanged ? recording_->stopped() : recording_->changedDuringScan();
+        recording_.reset();
         isScanning_ = false;
         Q_EMIT isScanningChanged();
         updateBackgroundActivity();
@@ -202,6 +217,12 @@ void DiskMapModel::completeScan(
     publish(wasScanStopped_, false, &DiskMapModel::wasScanStoppedChanged);
     ScanCache::shared().save(snapshot, path);
     refreshVolume();
+    // The digest's figures read the volume, and a scan of the startup disk is recorded in
+    // the history with its Downloads list: both off this thread.
+    tasks_.start([recording = std::move(recording_), snapshot, recommendations = recommendations_,
+                  downloads = std::move(result.downloads)]() mutable {
+        recording->finished(*snapshot, recommendations, std::move(downloads));
+    });
 }
 
 void DiskMapModel::showSnapshot(std::shared_ptr<const ScanSnapshot> snapshot,
@@ -223,6 +244,8 @@ void DiskMapModel::cancelScan() {
     startToken_.reset();  // a start still being checked is stopped too
     if (!isScanning_) return;
     cancellation_->cancel();
+    recording_->stopped();
+    recording_.reset();
     isScanning_ = false;
     Q_EMIT isScanningChanged();
     publish(wasScanStopped_, true, &DiskMapModel::wasScanStoppedChanged);
@@ -318,6 +341,12 @@ void DiskMapModel::showCachedScan(Restore restore) {
     restoreToken_.reset();
     mappedSessionGeneration_.reset();
     refreshVolume();
+    tasks_.start([scope = restore.used, snapshot = snapshot_, recommendations = recommendations_,
+                  outdated = mapNeedsRefresh_] {
+        WidgetDigest::save(
+            WidgetDigest::forMap(scope, *snapshot, recommendations, true, outdated,
+                                 ActivityTracker::shared().history().totalMovedToTrashBytes));
+    });
 }
 
 }  // namespace veldan

@@ -1,9 +1,12 @@
 #include "app/ScanStartCheck.hpp"
 
+#include <sys/stat.h>
+
 #include <cerrno>
 
 #include "platform/FileStatus.hpp"
 #include "platform/Paths.hpp"
+#include "platform/UserFolders.hpp"
 #include "scan/DiskScanner.hpp"
 
 namespace veldan {
@@ -41,6 +44,20 @@ bool ScanStartCheck::isUnchanged(const std::string& path, const ScanRoot& root) 
     if (resolved(path) != root.path) return false;
     const auto identity = ScanFolderIdentity::read(root.path);
     return identity && *identity == root.identity;
+}
+
+void ScanStartCheck::prepareOwnFolders() {
+    for (const std::string& folder :
+         {platform::joinPath(platform::cacheHome(), "Veldan"),
+          platform::joinPath(platform::stateHome(), "Veldan/Widget"),
+          platform::joinPath(platform::configHome(), "Veldan"), platform::dataHome()}) {
+        // Outermost first: mkdir makes one level at a time.
+        std::string path;
+        for (const auto component : platform::pathComponents(folder)) {
+            path = platform::joinPath(path.empty() ? "/" : path, component);
+            ::mkdir(path.c_str(), 0700);
+        }
+    }
 }
 
 bool ScanStartCheck::isFolder(const std::string& path) {

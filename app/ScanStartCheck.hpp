@@ -42,6 +42,11 @@ public:
     // identity is unchanged.
     static bool isUnchanged(const std::string& path, const ScanRoot& root);
 
+    // Creates the folders this program writes into while a scan runs (its cache, state
+    // and configuration folders), so that its own first writes on a new account are not
+    // taken for a change of a scanned home folder. Failures are left to the writers.
+    static void prepareOwnFolders();
+
     // Whether `path` is a folder (following links): the recent menu's and the command
     // line's test.
     static bool isFolder(const std::string& path);

@@ -21,8 +21,15 @@ template <size_t N>
 using Keys = std::array<std::string_view, N>;
 
 constexpr Keys<4> archiveKeys = {"version", "scopePath", "rootIdentity", "snapshot"};
-constexpr Keys<5> identityKeys = {"device", "inode", "resolvedPath", "resolvedDevice",
-                                  "resolvedInode"};
+constexpr Keys<9> identityKeys = {"device",
+                                  "inode",
+                                  "resolvedPath",
+                                  "resolvedDevice",
+                                  "resolvedInode",
+                                  "createdSeconds",
+                                  "createdNanoseconds",
+                                  "resolvedCreatedSeconds",
+                                  "resolvedCreatedNanoseconds"};
 constexpr Keys<12> snapshotKeys = {"root",
                                    "volume",
                                    "discoveredDirectories",
@@ -84,7 +91,10 @@ public:
             identityKeys,
             {writer_.integer(identity.device), writer_.integer(identity.inode),
              writer_.string(identity.resolvedPath), writer_.integer(identity.resolvedDevice),
-             writer_.integer(identity.resolvedInode)});
+             writer_.integer(identity.resolvedInode), writer_.integer(identity.createdSeconds),
+             writer_.integer(identity.createdNanoseconds),
+             writer_.integer(identity.resolvedCreatedSeconds),
+             writer_.integer(identity.resolvedCreatedNanoseconds)});
         return dictionary(archiveKeys, {writer_.integer(ScanArchive::currentVersion),
                                         writer_.string(scopePath), identityRef, *snapshotRef});
     }
@@ -282,16 +292,22 @@ private:
     std::optional<RootIdentity> rootIdentity(Object object) {
         std::array<Object, identityKeys.size()> fields;
         if (!record(object, identityKeys_, fields)) return std::nullopt;
-        auto device = reader_.integer(fields[0]);
-        auto inode = reader_.integer(fields[1]);
+        RootIdentity identity;
         auto resolvedPath = text(fields[2]);
-        auto resolvedDevice = reader_.integer(fields[3]);
-        auto resolvedInode = reader_.integer(fields[4]);
-        if (!device || !inode || !resolvedPath || !resolvedDevice || !resolvedInode) {
-            return std::nullopt;
+        if (!resolvedPath) return std::nullopt;
+        identity.resolvedPath = std::move(*resolvedPath);
+        const std::pair<size_t, int64_t*> numbers[] = {{0, &identity.device},
+                                                       {1, &identity.inode},
+                                                       {3, &identity.resolvedDevice},
+                                                       {4, &identity.resolvedInode},
+                                                       {5, &identity.createdSeconds},
+                                                       {6, &identity.createdNanoseconds},
+                                                       {7, &identity.resolvedCreatedSeconds},
+                                                       {8, &identity.resolvedCreatedNanoseconds}};
+        for (const auto& [field, out] : numbers) {
+            if (!integer(fields[field], *out)) return std::nullopt;
         }
-        return RootIdentity{*device, *inode, std::move(*resolvedPath), *resolvedDevice,
-                            *resolvedInode};
+        return identity;
     }
 
     bool integer(Object object, int64_t& out) {

@@ -8,10 +8,16 @@ namespace veldan {
 
 namespace {
 
-std::optional<FolderIdentity> identityOf(const std::string& path) {
+std::optional<platform::ItemIdentity> identityOf(const std::string& path) {
     auto status = platform::statPath(path, false);
     if (!status) return std::nullopt;
-    return FolderIdentity{status->device, status->inode};
+    return platform::ItemIdentity::of(*status);
+}
+
+bool sameItem(const std::optional<platform::ItemIdentity>& a,
+              const std::optional<platform::ItemIdentity>& b) {
+    if (!a || !b) return !a && !b;
+    return a->isSameItem(*b);
 }
 
 }  // namespace
@@ -36,12 +42,20 @@ std::optional<ScanRootIdentity> ScanRootIdentity::read(const std::string& path) 
 }
 
 bool ScanRootIdentity::isUnchanged() const {
-    if (identityOf(path) != identity) return false;
-    if (identityOf(watchedPath) != watchedIdentity) return false;
-    if (additionalWatchedPath && identityOf(*additionalWatchedPath) != additionalWatchedIdentity) {
+    if (!sameItem(identityOf(path), identity)) return false;
+    if (!sameItem(identityOf(watchedPath), watchedIdentity)) return false;
+    if (additionalWatchedPath &&
+        !sameItem(identityOf(*additionalWatchedPath), additionalWatchedIdentity)) {
         return false;
     }
     return platform::resolveSymlinks(path) == watchedPath;
+}
+
+bool operator==(const ScanRootIdentity& a, const ScanRootIdentity& b) {
+    return a.path == b.path && a.watchedPath == b.watchedPath &&
+           a.additionalWatchedPath == b.additionalWatchedPath &&
+           a.identity.isSameItem(b.identity) && a.watchedIdentity.isSameItem(b.watchedIdentity) &&
+           sameItem(a.additionalWatchedIdentity, b.additionalWatchedIdentity);
 }
 
 }  // namespace veldan

@@ -34,6 +34,12 @@ std::string padded(const std::string& text, size_t columns) {
     return used >= columns ? text : text + std::string(columns - used, ' ');
 }
 
+// Sizes line up on their right edge ("  4 KB", "2.1 GB").
+std::string sizeColumn(int64_t bytes) {
+    const std::string size = SizeText::string(bytes);
+    return std::string(size.size() < 9 ? 9 - size.size() : 0, ' ') + size;
+}
+
 void writeSnapshots(std::ostream& out, const ActivityArchive& history,
                     const platform::LocaleFormat& locale, const Style& style) {
     out << style.bold("Free space on the startup disk") << '\n';
@@ -50,10 +56,8 @@ void writeSnapshots(std::ostream& out, const ActivityArchive& history,
             std::max(dateColumns, Terminal::columns(locale.abbreviatedDate(snapshot.checkedAt)));
     }
     for (const auto& snapshot : history.snapshots) {
-        const std::string size = SizeText::string(snapshot.freeBytes);
         out << "  " << padded(locale.abbreviatedDate(snapshot.checkedAt), dateColumns) << "  "
-            << std::string(size.size() < 9 ? 9 - size.size() : 0, ' ') << size << "  "
-            << bar(snapshot.freeBytes, largest) << '\n';
+            << sizeColumn(snapshot.freeBytes) << "  " << bar(snapshot.freeBytes, largest) << '\n';
     }
     if (auto change = history.latestChangeInFreeSpace()) {
         out << "  " << freeSpaceChangeText(*change) << '\n';
@@ -86,11 +90,9 @@ void writeDownloads(std::ostream& out, const ActivityArchive& history,
         anyReview = anyReview || review;
         const std::string name = Terminal::fit(
             Terminal::display(platform::lastPathComponent(download.path)), nameColumns);
-        const std::string size = SizeText::string(download.bytes);
         const std::string cell = padded(name, nameColumns);
-        out << "  " << (review ? style.bold(cell) : cell) << "  "
-            << std::string(size.size() < 9 ? 9 - size.size() : 0, ' ') << size << "  "
-            << locale.abbreviatedDate(download.addedAt) << (review ? "  \u2190 review" : "")
+        out << "  " << (review ? style.bold(cell) : cell) << "  " << sizeColumn(download.bytes)
+            << "  " << locale.abbreviatedDate(download.addedAt) << (review ? "  \u2190 review" : "")
             << '\n';
     }
     if (anyReview) out << "  \u2190 review " << reviewHint << '\n';

@@ -96,10 +96,13 @@ public:
     }
 
     DevCleanupMove move() const {
+        const platform::ItemIdentity identity{static_cast<uint64_t>(item_.device),
+                                              static_cast<uint64_t>(item_.inode),
+                                              {item_.createdSeconds, item_.createdNanoseconds},
+                                              {item_.modifiedSeconds, item_.modifiedNanoseconds},
+                                              {item_.changedSeconds, item_.changedNanoseconds}};
         const auto outcome =
-            platform::Trash::moveItem(parent_.get(), parentPath_, name_,
-                                      platform::ItemIdentity{static_cast<uint64_t>(item_.device),
-                                                             static_cast<uint64_t>(item_.inode)});
+            platform::Trash::moveItem(parent_.get(), parentPath_, name_, {identity});
         return {item_.path, outcome.moved, outcome.moved ? movedDetail : outcome.reason};
     }
 

@@ -7,13 +7,15 @@
 
 namespace veldan {
 
-DuplicateCollectWork::DuplicateCollectWork(std::string root, size_t workers,
+DuplicateCollectWork::DuplicateCollectWork(std::string root, DuplicateIdentity rootIdentity,
+                                           size_t workers, int sharedFolderLimit,
                                            DuplicateScanProgress progress)
     : progress_(std::move(progress)),
+      sharedFolderLimit_(sharedFolderLimit),
       fileCounts_(workers, 0),
       lastProgress_(platform::uptimeSeconds()),
       workerResults_(workers) {
-    queued_.push_back({std::move(root), std::nullopt});
+    queued_.push_back({std::move(root), rootIdentity, nullptr});
 }
 
 std::optional<DuplicateDirectory> DuplicateCollectWork::takeDirectory(
@@ -32,14 +34,30 @@ std::optional<DuplicateDirectory> DuplicateCollectWork::takeDirectory(
     }
 }
 
-bool DuplicateCollectWork::offerDirectory(DuplicateDirectory& directory) {
+void DuplicateCollectWork::offerDirectories(std::vector<DuplicateDirectory>& directories) {
+    size_t offered = 0;
     {
         std::lock_guard guard(lock_);
-        if (queued_.size() >= sharedQueueLimit) return false;
-        queued_.push_back(std::move(directory));
+        while (!directories.empty() && queued_.size() < sharedQueueLimit) {
+            queued_.push_back(std::move(directories.back()));
+            directories.pop_back();
+            ++offered;
+        }
     }
-    condition_.notify_one();
-    return true;
+    for (size_t i = 0; i < offered; ++i)
+        condition_.notify_one();
+}
+
+DuplicateSharedFolder DuplicateCollectWork::share(platform::UniqueFd& fd) {
+    if (sharedFolders_.fetch_add(1, std::memory_order_relaxed) >= sharedFolderLimit_) {
+        sharedFolders_.fetch_sub(1, std::memory_order_relaxed);
+        return nullptr;
+    }
+    return DuplicateSharedFolder(new platform::UniqueFd(std::move(fd)),
+                                 [this](const platform::UniqueFd* folder) {
+                                     delete folder;
+                                     sharedFolders_.fetch_sub(1, std::memory_order_relaxed);
+                                 });
 }
 
 void DuplicateCollectWork::directoryDone() {

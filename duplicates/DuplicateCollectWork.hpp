@@ -7,9 +7,14 @@
 // contention and memory. When its stack is empty it calls directoryDone(). The walk ends
 // when the queue is empty and no worker holds a directory.
 //
-// Contract: every member is thread-safe (one lock and its condition guard all state); the
-// progress callback is called outside the lock.
+// Listed folders stay open for their subfolders (share()) up to a fixed number of
+// descriptors for the whole walk; beyond that, subfolders are reached by their paths.
+//
+// Contract: every member is thread-safe (one lock and its condition guard all state; the
+// count of shared folders is atomic); the progress callback is called outside the lock.
+// The work must outlive every folder it shared.
 
+#include <atomic>
 #include <condition_variable>
 #include <cstddef>
 #include <cstdint>
@@ -30,17 +35,23 @@ class DuplicateCollectWork {
 public:
     static constexpr size_t sharedQueueLimit = 64;
     static constexpr double progressInterval = 0.25;
-
-    DuplicateCollectWork(std::string root, size_t workers, DuplicateScanProgress progress);
+    // `root` is the search's folder, expected to be `rootIdentity`; at most
+    // `sharedFolderLimit` listed folders are kept open at once.
+    DuplicateCollectWork(std::string root, DuplicateIdentity rootIdentity, size_t workers,
+                         int sharedFolderLimit, DuplicateScanProgress progress);
 
     // Waits for a directory; nothing once every directory is done or the search is
     // cancelled. A returned directory counts as being worked on until directoryDone().
     std::optional<DuplicateDirectory> takeDirectory(const ScanCancellation& cancellation);
-    // Queues `directory` for any worker and returns true, or returns false (leaving it
-    // untouched) when the shared queue is full and the caller must keep it.
-    bool offerDirectory(DuplicateDirectory& directory);
+    // Moves directories from the back of `directories` to the shared queue while it has
+    // room, waking a waiter for each; the caller keeps what is left.
+    void offerDirectories(std::vector<DuplicateDirectory>& directories);
     // The caller's directory and everything on its own stack are done.
     void directoryDone();
+
+    // Takes `fd` over to share it with the subfolders of its listing, or returns nothing
+    // (leaving `fd` untouched) when the walk already keeps its limit of folders open.
+    DuplicateSharedFolder share(platform::UniqueFd& fd);
 
     // True the first time a directory or a hard-linked file is claimed.
     bool claimDirectory(const DuplicateIdentity& identity);
@@ -58,6 +69,9 @@ private:
     std::mutex lock_;
     std::condition_variable condition_;
     DuplicateScanProgress progress_;
+    // Before the queue, whose folders give their places back when they are destroyed.
+    const int sharedFolderLimit_;
+    std::atomic<int> sharedFolders_ = 0;
     std::vector<DuplicateDirectory> queued_;
     size_t activeWorkers_ = 0;
     std::unordered_set<DuplicateIdentity, DuplicateIdentityHash> seenDirectories_;

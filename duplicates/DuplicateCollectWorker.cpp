@@ -8,6 +8,7 @@
 
 #include "duplicates/DuplicateScanner.hpp"
 #include "platform/FileStatus.hpp"
+#include "platform/PathAnchor.hpp"
 #include "platform/Paths.hpp"
 #include "platform/UniqueFd.hpp"
 #include "platform/Uptime.hpp"
@@ -43,60 +44,62 @@ void DuplicateCollectWorker::run() {
                 stack_.clear();
                 break;
             }
-            DuplicateDirectory next = std::move(stack_.back());
+            const DuplicateDirectory next = std::move(stack_.back());
             stack_.pop_back();
-            listDirectory(std::move(next));
+            listDirectory(next);
             work_.report(index_, result_.filesVisited, false);
             if (afterListing_) afterListing_();
+            // Handed out only now, so nothing below a folder is opened before its listing
+            // is complete.
+            work_.offerDirectories(subfolders_);
+            for (auto& folder : subfolders_)
+                stack_.push_back(std::move(folder));
+            subfolders_.clear();
         }
         work_.directoryDone();
     }
     stack_.shrink_to_fit();
+    subfolders_.shrink_to_fit();
     work_.finishWorker(std::move(result_), index_);
 }
 
-void DuplicateCollectWorker::listDirectory(DuplicateDirectory directory) {
-    const std::string& path = directory.path;
+// By name relative to the parent folder while that is kept open, else by path (in pieces
+// past PATH_MAX). Never through a final link, so a folder swapped for one is not followed.
+platform::UniqueFd DuplicateCollectWorker::open(const DuplicateDirectory& directory) {
+    constexpr int flags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
+    if (directory.parent) {
+        const std::string_view name = platform::lastPathComponent(directory.path);
+        return platform::UniqueFd(::openat(directory.parent->get(), name.data(), flags));
+    }
     int error = 0;
-    if (!directory.identity) {
-        const auto status =
-            platform::statAt(AT_FDCWD, path.c_str(), false, error, platform::StatDetail::sizes);
-        if (!status) {
-            ++result_.unreadable;
-            return;
-        }
-        if (!rules_.allowsDevice(status->device)) return;
-        if (!status->isDirectory()) {
-            ++result_.unreadable;
-            return;
-        }
-        directory.identity = DuplicateIdentity{status->device, status->inode};
-    }
-    const DuplicateIdentity identity = *directory.identity;
-    if (!work_.claimDirectory(identity)) return;
-    // No link is followed even if one was swapped in since the status was taken, and the
-    // folder listed must be the one that was claimed.
-    platform::UniqueFd fd(::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
-    if (!fd) {
+    const auto anchor = platform::PathAnchor::of(directory.path, error);
+    return platform::UniqueFd(anchor ? ::openat(anchor->folder(), anchor->rest(), flags) : -1);
+}
+
+void DuplicateCollectWorker::listDirectory(const DuplicateDirectory& directory) {
+    if (!work_.claimDirectory(directory.identity)) return;
+    platform::UniqueFd fd = open(directory);
+    int error = 0;
+    const auto opened = fd ? platform::statDescriptor(fd.get(), error) : std::nullopt;
+    if (!opened || DuplicateIdentity{opened->device, opened->inode} != directory.identity) {
         ++result_.unreadable;
         return;
     }
-    const auto opened = platform::statDescriptor(fd.get(), error);
-    if (!opened || DuplicateIdentity{opened->device, opened->inode} != identity) {
-        ++result_.unreadable;
-        return;
-    }
-    platform::DirectoryReader reader(fd.get(), listing_);
+    // Kept open for the subfolders when the walk has room; they then need no path.
+    const DuplicateSharedFolder shared = work_.share(fd);
+    const int folderFd = shared ? shared->get() : fd.get();
+    platform::DirectoryReader reader(folderFd, listing_);
     platform::DirectoryEntryView entry;
     while (reader.next(entry)) {
         if (cancellation_.cancelled()) return;
-        if (!isIgnoredType(entry.type)) handleEntry(fd.get(), path, entry);
+        if (!isIgnoredType(entry.type)) handleEntry(folderFd, directory.path, shared, entry);
         if (++entriesSinceClock_ >= entriesPerClockCheck) maybeReport();
     }
     if (reader.error() != 0) ++result_.unreadable;
 }
 
 void DuplicateCollectWorker::handleEntry(int directoryFd, const std::string& directory,
+                                         const DuplicateSharedFolder& shared,
                                          const platform::DirectoryEntryView& entry) {
     int error = 0;
     const auto status = platform::statAt(directoryFd, entry.name, false, error);
@@ -107,10 +110,10 @@ void DuplicateCollectWorker::handleEntry(int directoryFd, const std::string& dir
     if (!rules_.allowsDevice(status->device)) return;
     const std::string_view name(entry.name, entry.length);
     if (status->isDirectory()) {
-        DuplicateDirectory folder{platform::joinPath(directory, name),
-                                  DuplicateIdentity{status->device, status->inode}};
-        if (rules_.skipsDirectory(folder.path, name, directoryFd)) return;
-        if (!work_.offerDirectory(folder)) stack_.push_back(std::move(folder));
+        std::string path = platform::joinPath(directory, name);
+        if (rules_.skipsDirectory(path, name, directoryFd)) return;
+        subfolders_.push_back(
+            {std::move(path), DuplicateIdentity{status->device, status->inode}, shared});
         return;
     }
     if (!status->isRegularFile()) return;

@@ -24,8 +24,9 @@ class DuplicateCollectWorker {
 public:
     static constexpr int entriesPerClockCheck = 64;
 
-    // `afterListing` (a test seam, usually empty) is called after each folder is listed;
-    // like the other references it must outlive the worker.
+    // `afterListing` (a test seam, usually empty) is called after each folder is listed,
+    // before its subfolders are handed out; like the other references it must outlive the
+    // worker.
     DuplicateCollectWorker(DuplicateCollectWork& work, size_t index,
                            const DuplicateWalkRules& rules, const ScanCancellation& cancellation,
                            const std::function<void()>& afterListing);
@@ -33,8 +34,10 @@ public:
     void run();
 
 private:
-    void listDirectory(DuplicateDirectory directory);
+    void listDirectory(const DuplicateDirectory& directory);
+    platform::UniqueFd open(const DuplicateDirectory& directory);
     void handleEntry(int directoryFd, const std::string& directory,
+                     const DuplicateSharedFolder& shared,
                      const platform::DirectoryEntryView& entry);
     void maybeReport();
 
@@ -45,6 +48,7 @@ private:
     const std::function<void()>& afterListing_;
     DuplicateCollectResult result_;
     std::vector<DuplicateDirectory> stack_;
+    std::vector<DuplicateDirectory> subfolders_;  // of the folder being listed
     std::vector<char> listing_;
     int entriesSinceClock_ = 0;
     double lastClock_ = 0;

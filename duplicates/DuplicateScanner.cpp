@@ -16,8 +16,10 @@
 #include "duplicates/DuplicateCollectWork.hpp"
 #include "duplicates/DuplicateCollectWorker.hpp"
 #include "duplicates/DuplicateHashWork.hpp"
+#include "duplicates/DuplicatePrefixBoard.hpp"
 #include "duplicates/DuplicateWalkRules.hpp"
 #include "platform/Collation.hpp"
+#include "platform/PathAnchor.hpp"
 #include "platform/Paths.hpp"
 #include "platform/UniqueFd.hpp"
 #include "platform/Uuid.hpp"
@@ -54,11 +56,13 @@ void runWorkers(size_t count, const Body& body) {
 }
 
 std::optional<DuplicateCollectResult> collect(const std::string& root,
+                                              const DuplicateIdentity& rootIdentity,
                                               const DuplicateWalkRules& rules,
                                               const ScanCancellation& cancellation,
                                               const DuplicateScanProgress& progress,
                                               const DuplicateScanSeams& seams) {
-    DuplicateCollectWork work(root, DuplicateScanner::collectingWorkers, progress);
+    DuplicateCollectWork work(root, rootIdentity, DuplicateScanner::collectingWorkers,
+                              seams.sharedFolderLimit, progress);
     runWorkers(DuplicateScanner::collectingWorkers, [&](size_t index) {
         DuplicateCollectWorker(work, index, rules, cancellation, seams.afterListing).run();
     });
@@ -100,8 +104,11 @@ std::vector<DuplicateCandidate> selectCandidates(DuplicateCollectResult& collect
     return candidates;
 }
 
+// Entire reads (with a board) end early for candidates shown to differ from the rest of
+// their group.
 std::optional<Digests> hashCandidates(const std::vector<DuplicateCandidate>& candidates,
                                       bool sampled, DuplicateScanPhase phase, size_t maximumWorkers,
+                                      DuplicatePrefixBoard* board,
                                       const ScanCancellation& cancellation,
                                       const DuplicateScanProgress& progress,
                                       const DuplicateScanSeams& seams) {
@@ -112,9 +119,16 @@ std::optional<Digests> hashCandidates(const std::vector<DuplicateCandidate>& can
         while (!cancellation.cancelled()) {
             const auto index = work.take();
             if (!index) return;
-            auto digest =
-                DuplicateScanner::hash(candidates[*index].file, sampled, cancellation, seams);
+            DuplicateScanner::PrefixCheck stillNeeded;
+            if (board) {
+                stillNeeded = [board, i = *index](const Sha256Digest& prefix) {
+                    return board->post(i, prefix);
+                };
+            }
+            auto digest = DuplicateScanner::hash(candidates[*index].file, sampled, cancellation,
+                                                 seams, stillNeeded);
             if (cancellation.cancelled()) return;
+            if (board && !digest) board->drop(*index);
             work.finish(digest, *index);
         }
     });
@@ -122,14 +136,15 @@ std::optional<Digests> hashCandidates(const std::vector<DuplicateCandidate>& can
     return work.takeDigests();
 }
 
-// Candidates by (size, digest), keeping only keys shared by two or more; each candidate
-// without a digest counts one unreadable file.
+// Candidates by (size, digest), keeping only keys shared by two or more. A candidate
+// without a digest counts one unreadable file, unless the board stopped it.
 DigestGroups groupByDigest(const std::vector<DuplicateCandidate>& candidates,
-                           const Digests& digests, int64_t& unreadable) {
+                           const Digests& digests, const DuplicatePrefixBoard* board,
+                           int64_t& unreadable) {
     DigestGroups groups;
     for (size_t i = 0; i < candidates.size(); ++i) {
         if (!digests[i]) {
-            ++unreadable;
+            if (!board || !board->stopped(i)) ++unreadable;
             continue;
         }
         groups[DuplicateDigestKey{candidates[i].file.bytes, *digests[i]}].push_back(i);
@@ -163,6 +178,12 @@ bool readExactly(int fd, int64_t offset, size_t count, unsigned char* buffer,
 bool descriptorUnchanged(const DuplicateFile& file, int fd) {
     int error = 0;
     const auto status = platform::statDescriptor(fd, error);
+    return status && DuplicateScanner::metadataMatches(file, *status);
+}
+
+bool isUnchangedAt(const DuplicateFile& file, const platform::PathAnchor& anchor) {
+    int error = 0;
+    const auto status = platform::statAt(anchor.folder(), anchor.rest(), false, error);
     return status && DuplicateScanner::metadataMatches(file, *status);
 }
 
@@ -215,33 +236,44 @@ std::optional<DuplicateScanResult> DuplicateScanner::scan(
     const DuplicateScanProgress& progress) const {
     const std::string root = platform::absolutePath(rootPath);
     int error = 0;
-    const auto rootStatus = platform::statPath(root, false, error);
-    if (!rootStatus || !rootStatus->isDirectory()) return std::nullopt;
-    if (!platform::openDirectory(root, error)) return std::nullopt;
+    const auto anchor = platform::PathAnchor::of(root, error);
+    if (!anchor) return std::nullopt;
+    const platform::UniqueFd rootFd(::openat(anchor->folder(), anchor->rest(),
+                                             O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    const auto rootStatus = rootFd ? platform::statDescriptor(rootFd.get(), error) : std::nullopt;
+    if (!rootStatus) return std::nullopt;
     const DuplicateWalkRules rules(root, rootStatus->device);
 
-    auto collected = collect(root, rules, cancellation, progress, seams_);
+    auto collected = collect(root, {rootStatus->device, rootStatus->inode}, rules, cancellation,
+                             progress, seams_);
     if (!collected) return std::nullopt;
     int64_t unreadable = collected->unreadable;
     const int64_t filesVisited = collected->filesVisited;
     const std::vector<DuplicateCandidate> sampling = selectCandidates(*collected);
 
-    const auto sampleDigests = hashCandidates(sampling, true, DuplicateScanPhase::sampling,
-                                              samplingWorkers, cancellation, progress, seams_);
+    const auto sampleDigests =
+        hashCandidates(sampling, true, DuplicateScanPhase::sampling, samplingWorkers, nullptr,
+                       cancellation, progress, seams_);
     if (!sampleDigests) return std::nullopt;
     // Largest sizes first, so the last file handed out is a small one and neither
-    // verifying worker is left alone with a long read at the end.
+    // verifying worker is left alone with a long read at the end. A group's files are
+    // handed out one after another, so both workers read the same group and a difference
+    // stops both reads.
     std::vector<DuplicateCandidate> verifying;
-    const DigestGroups sampleGroups = groupByDigest(sampling, *sampleDigests, unreadable);
+    std::vector<size_t> groupSizes;
+    const DigestGroups sampleGroups = groupByDigest(sampling, *sampleDigests, nullptr, unreadable);
     for (auto group = sampleGroups.rbegin(); group != sampleGroups.rend(); ++group) {
         for (size_t index : group->second)
             verifying.push_back(sampling[index]);
+        groupSizes.push_back(group->second.size());
     }
 
-    const auto fullDigests = hashCandidates(verifying, false, DuplicateScanPhase::verifying,
-                                            verifyingWorkers, cancellation, progress, seams_);
+    DuplicatePrefixBoard board(groupSizes);
+    const auto fullDigests =
+        hashCandidates(verifying, false, DuplicateScanPhase::verifying, verifyingWorkers, &board,
+                       cancellation, progress, seams_);
     if (!fullDigests) return std::nullopt;
-    const DigestGroups fullGroups = groupByDigest(verifying, *fullDigests, unreadable);
+    const DigestGroups fullGroups = groupByDigest(verifying, *fullDigests, &board, unreadable);
     if (cancellation.cancelled()) return std::nullopt;
 
     DuplicateScanResult result;
@@ -293,20 +325,23 @@ bool DuplicateScanner::metadataMatches(const DuplicateFile& file,
 
 bool DuplicateScanner::isUnchanged(const DuplicateFile& file) {
     int error = 0;
-    const auto status = platform::statPath(file.path, false, error);
-    return status && metadataMatches(file, *status);
+    const auto anchor = platform::PathAnchor::of(file.path, error);
+    return anchor && isUnchangedAt(file, *anchor);
 }
 
 std::optional<Sha256Digest> DuplicateScanner::hash(const DuplicateFile& file, bool sampled,
                                                    const ScanCancellation& cancellation,
-                                                   const DuplicateScanSeams& seams) {
-    if (!DuplicateScanner::isUnchanged(file)) return std::nullopt;
+                                                   const DuplicateScanSeams& seams,
+                                                   const PrefixCheck& stillNeeded) {
+    int error = 0;
+    const auto anchor = platform::PathAnchor::of(file.path, error);
+    if (!anchor || !isUnchangedAt(file, *anchor)) return std::nullopt;
     if (seams.beforeOpen) seams.beforeOpen();
     // Non-blocking, so that a pipe swapped in since the status check cannot hold this
     // thread in open() for good (the trash executor's hash is never cancelled). Reads of a
     // regular file do not change, and the descriptor check rejects anything else.
-    platform::UniqueFd fd(
-        ::open(file.path.c_str(), O_RDONLY | O_NONBLOCK | O_NOFOLLOW | O_NOCTTY | O_CLOEXEC));
+    platform::UniqueFd fd(::openat(anchor->folder(), anchor->rest(),
+                                   O_RDONLY | O_NONBLOCK | O_NOFOLLOW | O_NOCTTY | O_CLOEXEC));
     if (!fd || !descriptorUnchanged(file, fd.get())) return std::nullopt;
 
     // One buffer per thread: hashing threads live for one phase, and a caller that hashes
@@ -336,6 +371,7 @@ std::optional<Sha256Digest> DuplicateScanner::hash(const DuplicateFile& file, bo
                 return std::nullopt;
             digest.update(buffer.data(), chunk);
             if (seams.afterRead) seams.afterRead();
+            if (stillNeeded && !stillNeeded(digest.peek())) return std::nullopt;
             offset += static_cast<int64_t>(chunk);
         }
     }

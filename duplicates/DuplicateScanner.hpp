@@ -5,11 +5,15 @@
 //  1. collecting: four workers walk the tree (never following links, never leaving the
 //     root's device, never entering packages or the Trash) and bucket every regular file
 //     of at least 1,000,000 bytes by its exact size; a hard-linked inode enters once.
+//     Folders are opened relative to their parent's descriptor, and files and folders
+//     reached by path are looked up in pieces, so trees deeper than PATH_MAX are compared.
 //  2. sampling: every file whose size is shared by another inode gets a SHA-256 of two
 //     64 KiB samples (first and last; files of 16 MiB or more a third, from the middle),
 //     up to four files at a time.
 //  3. verifying: files whose size and sample digest still agree get a SHA-256 of their
-//     whole content, at most two files at a time, in 1 MiB reads.
+//     whole content, at most two files at a time, in 1 MiB reads. A file whose content is
+//     shown to differ from every other file of its group (DuplicatePrefixBoard) stops
+//     being read; it could not be reported, and is not counted unreadable.
 // Before and after every hash the file's lstat and fstat must still match the snapshot
 // taken while collecting; a file that changed is dropped and counted unreadable.
 //
@@ -43,6 +47,9 @@ struct DuplicateScanSeams {
     std::function<void()> beforeOpen;
     // In hash(): a sample or chunk was read.
     std::function<void()> afterRead;
+    // How many listed folders the walk keeps open for their subfolders; the others are
+    // reached by path. Tests lower it to walk by paths alone.
+    int sharedFolderLimit = 192;
 };
 
 class DuplicateScanner {
@@ -77,12 +84,18 @@ public:
     // A fresh lstat of the file's path matches its snapshot.
     static bool isUnchanged(const DuplicateFile& file);
 
+    // Asked after every chunk of an entire read with the digest of all that was read so
+    // far; false ends the read early.
+    using PrefixCheck = std::function<bool(const platform::Sha256Digest& prefix)>;
+
     // SHA-256 of the sampled or the entire content of `file`, or nothing when the file
     // differs from its snapshot before or after reading, a read fails or comes up short,
-    // or the search is cancelled. Blocks the caller for the whole read.
+    // the search is cancelled, or `stillNeeded` answers false. Blocks the caller for the
+    // whole read.
     static std::optional<platform::Sha256Digest> hash(const DuplicateFile& file, bool sampled,
                                                       const ScanCancellation& cancellation,
-                                                      const DuplicateScanSeams& seams = {});
+                                                      const DuplicateScanSeams& seams = {},
+                                                      const PrefixCheck& stillNeeded = {});
 
 private:
     ClonedFileSpace::Query cloneQuery_;

@@ -13,11 +13,15 @@ namespace veldan {
 
 namespace {
 
-// System and application locations. Other system folders of a Linux machine need no
-// entry: a whole-disk search only moves copies inside the home folder, and a search of
-// a folder such as "/opt/data" is the user's own choice of what may be moved.
-constexpr std::array<std::string_view, 8> systemPrefixes = {
-    "/System", "/Library", "/Applications", "/private", "/usr", "/bin", "/sbin", "/dev",
+// System and application locations. A copy below one of them stays even when the user
+// chose to search that very folder: a package manager, a service or the boot loader owns
+// those files and expects every one of them where it put it. On Linux /etc and /var are
+// top-level rather than under "/private", and the kernel's own trees and the package and
+// service folders join them.
+constexpr std::array<std::string_view, 21> systemPrefixes = {
+    "/System", "/Library", "/Applications", "/private", "/usr",   "/bin",   "/sbin",
+    "/dev",    "/boot",    "/etc",          "/lib",     "/lib32", "/lib64", "/libx32",
+    "/opt",    "/proc",    "/run",          "/snap",    "/srv",   "/sys",   "/var",
 };
 
 constexpr int finderOnlyScore = 1000;

@@ -55,9 +55,13 @@ DuplicateTrashOutcome moveToTrash(const DuplicateFile& file) {
         }
         return outcome;
     }
-    const auto trashed = platform::Trash::moveItem(parentFd.get(), parent,
-                                                   std::string(platform::lastPathComponent(path)),
-                                                   platform::ItemIdentity{file.device, file.inode});
+    const platform::ItemIdentity identity{file.device,
+                                          file.inode,
+                                          {file.createdSeconds, file.createdNanoseconds},
+                                          {file.modifiedSeconds, file.modifiedNanoseconds},
+                                          {file.changedSeconds, file.changedNanoseconds}};
+    const auto trashed = platform::Trash::moveItem(
+        parentFd.get(), parent, std::string(platform::lastPathComponent(path)), {identity});
     outcome.moved = trashed.moved;
     outcome.detail = trashed.moved ? movedDetail : trashed.reason;
     return outcome;

@@ -47,21 +47,61 @@ std::string decodeMountInfoField(std::string_view field) {
     return out;
 }
 
-std::string mountPointOf(const std::string& resolvedPath) {
+std::string encodeMountInfoField(std::string_view path) {
+    std::string out;
+    out.reserve(path.size());
+    for (const char c : path) {
+        if (c == ' ' || c == '\t' || c == '\n' || c == '\\') {
+            const auto byte = static_cast<unsigned char>(c);
+            out += '\\';
+            out += static_cast<char>('0' + (byte >> 6));
+            out += static_cast<char>('0' + ((byte >> 3) & 7));
+            out += static_cast<char>('0' + (byte & 7));
+        } else {
+            out += c;
+        }
+    }
+    return out;
+}
+
+std::optional<std::vector<std::string>> mountPoints() {
     std::ifstream table("/proc/self/mountinfo");
-    if (!table) return highestAncestorOnSameDevice(resolvedPath);
-    std::string best;
+    if (!table) return std::nullopt;
+    std::vector<std::string> points;
     std::string line;
     while (std::getline(table, line)) {
         // Fields: mount id, parent id, major:minor, root, mount point, ...
         std::istringstream fields(line);
         std::string id, parent, device, root, mountPoint;
-        if (!(fields >> id >> parent >> device >> root >> mountPoint)) continue;
-        const std::string decoded = decodeMountInfoField(mountPoint);
+        if (fields >> id >> parent >> device >> root >> mountPoint) {
+            points.push_back(decodeMountInfoField(mountPoint));
+        }
+    }
+    if (table.bad() || points.empty()) return std::nullopt;
+    return points;
+}
+
+std::string mountPointOf(const std::string& resolvedPath) {
+    const auto points = mountPoints();
+    if (!points) return highestAncestorOnSameDevice(resolvedPath);
+    std::string best;
+    for (const auto& point : *points) {
         // A later line for the same point is a mount stacked on top, so ties go to it.
-        if (isSameOrUnder(resolvedPath, decoded) && decoded.size() >= best.size()) best = decoded;
+        if (isSameOrUnder(resolvedPath, point) && point.size() >= best.size()) best = point;
     }
     return best.empty() ? highestAncestorOnSameDevice(resolvedPath) : best;
+}
+
+std::optional<std::string> mountRefusal(const std::string& resolvedPath) {
+    const auto points = mountPoints();
+    if (!points) {
+        return "Veldan could not read the mount table to check what is mounted there, so the "
+               "item stayed in place.";
+    }
+    for (const auto& point : *points) {
+        if (isSameOrUnder(point, resolvedPath)) return std::string(holdsMountReason);
+    }
+    return std::nullopt;
 }
 
 }  // namespace veldan::platform

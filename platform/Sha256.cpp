@@ -9,7 +9,11 @@ namespace veldan::platform {
 
 struct Sha256::Context {
     EVP_MD_CTX* ctx = EVP_MD_CTX_new();
-    ~Context() { EVP_MD_CTX_free(ctx); }
+    EVP_MD_CTX* scratch = nullptr;  // for peek(), made on first use and reused
+    ~Context() {
+        EVP_MD_CTX_free(ctx);
+        EVP_MD_CTX_free(scratch);
+    }
 };
 
 Sha256::Sha256() : context_(std::make_unique<Context>()) {
@@ -23,6 +27,18 @@ Sha256::~Sha256() = default;
 
 void Sha256::update(const void* data, size_t size) {
     if (size > 0) EVP_DigestUpdate(context_->ctx, data, size);
+}
+
+Sha256Digest Sha256::peek() const {
+    if (!context_->scratch) context_->scratch = EVP_MD_CTX_new();
+    Sha256Digest digest{};
+    unsigned int length = 0;
+    // Finishing a copy costs one or two blocks, whatever has been fed.
+    if (!context_->scratch || EVP_MD_CTX_copy_ex(context_->scratch, context_->ctx) != 1 ||
+        EVP_DigestFinal_ex(context_->scratch, digest.data(), &length) != 1) {
+        throw std::runtime_error("SHA-256 state cannot be copied in libcrypto");
+    }
+    return digest;
 }
 
 Sha256Digest Sha256::finish() {

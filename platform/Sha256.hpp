@@ -23,6 +23,8 @@ public:
     Sha256& operator=(const Sha256&) = delete;
 
     void update(const void* data, size_t size);
+    // The digest of everything fed so far; feeding may go on afterwards.
+    Sha256Digest peek() const;
     Sha256Digest finish();
 
     static Sha256Digest of(std::string_view bytes);

@@ -9,6 +9,7 @@
 #include <ctime>
 
 #include "platform/DescriptorIo.hpp"
+#include "platform/DirectoryWithoutLinks.hpp"
 #include "platform/ErrorText.hpp"
 #include "platform/FileStatus.hpp"
 #include "platform/MountPoints.hpp"
@@ -27,8 +28,8 @@ constexpr size_t maximumNameBytes = 255;
 // "name", "name.2", "name.3", ...: far more than any Trash holds under one name.
 constexpr int maximumAttempts = 100000;
 
-TrashOutcome refused(std::string reason) {
-    return TrashOutcome{false, {}, std::move(reason)};
+TrashOutcome refused(TrashRefusal refusal, std::string reason) {
+    return TrashOutcome{false, {}, refusal, std::move(reason)};
 }
 
 std::string withError(const char* sentenceStart, int error) {
@@ -54,8 +55,8 @@ std::string trashName(const std::string& name, int attempt) {
     return base + suffix;
 }
 
-bool sameItem(const FileStatus& status, uint64_t device, uint64_t inode) {
-    return status.device == device && status.inode == inode;
+bool matches(const ItemIdentity& expected, IdentityCheck check, const FileStatus& now) {
+    return check == IdentityCheck::unchanged ? expected.isUnchanged(now) : expected.isSameItem(now);
 }
 
 // Path= is absolute for the home trash and relative to the top directory for a
@@ -72,8 +73,8 @@ struct MoveRequest {
     int parentFd;
     const std::string& parent;  // resolved path of parentFd
     const std::string& name;
-    uint64_t device;
-    uint64_t inode;
+    const ItemIdentity& expected;
+    IdentityCheck check;
     const std::function<void()>& beforeRename;
 };
 
@@ -102,13 +103,15 @@ TrashOutcome moveInto(const TrashFolder& trash, const MoveRequest& request) {
                                    O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600));
         if (!infoFile) {
             if (errno == EEXIST) continue;
-            return refused(withError("Could not record the item in the Trash", errno));
+            return refused(TrashRefusal::failed,
+                           withError("Could not record the item in the Trash", errno));
         }
         auto forget = [&] { ::unlinkat(trash.info.get(), infoName.c_str(), 0); };
         if (!writeAll(infoFile.get(), info)) {
             const int error = errno;
             forget();
-            return refused(withError("Could not record the item in the Trash", error));
+            return refused(TrashRefusal::failed,
+                           withError("Could not record the item in the Trash", error));
         }
         struct stat infoStatus {};
         ::fstat(infoFile.get(), &infoStatus);
@@ -116,9 +119,15 @@ TrashOutcome moveInto(const TrashFolder& trash, const MoveRequest& request) {
 
         int error = 0;
         auto now = statAt(request.parentFd, request.name.c_str(), false, error);
-        if (!now || !sameItem(*now, request.device, request.inode)) {
+        if (!now || !matches(request.expected, request.check, *now)) {
             forget();
-            return refused("The item changed just before the move, so it stayed in place.");
+            return refused(TrashRefusal::changed,
+                           "The item changed just before the move, so it stayed in place.");
+        }
+        // Mounted is what could appear since any earlier look; it is the last thing seen.
+        if (auto mounted = mountRefusal(joinPath(request.parent, request.name))) {
+            forget();
+            return refused(TrashRefusal::holdsMount, std::move(*mounted));
         }
         if (request.beforeRename) request.beforeRename();
         // Without RENAME_NOREPLACE the info file still reserves the name, and files/ is
@@ -131,83 +140,110 @@ TrashOutcome moveInto(const TrashFolder& trash, const MoveRequest& request) {
             if (renameError == EEXIST || renameError == ENOTEMPTY) continue;
             if (renameError == EXDEV) {
                 return refused(
+                    TrashRefusal::failed,
                     "The item is on another mount than its Trash, so it stayed in place.");
             }
-            return refused(withError("Could not move the item to Trash", renameError));
+            return refused(TrashRefusal::failed,
+                           withError("Could not move the item to Trash", renameError));
         }
         // The check and the rename are two calls: someone who can write the parent folder
         // may have put another entry under the name in between, and that one moved. It
         // goes back where it was; only the verified item is ever trashed.
+        // The rename itself changes the status time, so only the item is compared here.
         auto arrived = statAt(trash.files.get(), name.c_str(), false, error);
-        if (!arrived || !sameItem(*arrived, request.device, request.inode)) {
+        if (!arrived || !request.expected.isSameItem(*arrived)) {
             if (renameWithoutReplacing(trash.files.get(), name.c_str(), request.parentFd,
                                        request.name.c_str()) != 0) {
-                return refused(
-                    "The item was replaced just before the move and the replacement could not "
-                    "be put back; restore it from the Trash.");
+                return refused(TrashRefusal::replacementInTrash,
+                               "The item was replaced just before the move and the replacement "
+                               "could not be put back; restore it from the Trash.");
             }
             forget();
-            return refused(
-                "The item was replaced just before the move, so nothing was moved to "
-                "Trash.");
+            return refused(TrashRefusal::changed,
+                           "The item was replaced just before the move, so nothing was moved to "
+                           "Trash.");
         }
         if (now->isDirectory()) {
             recordDirectorySize(trash.folder.get(), name,
                                 diskUsageAt(trash.files.get(), name.c_str()),
                                 infoStatus.st_mtim.tv_sec);
         }
-        return TrashOutcome{true, joinPath(joinPath(trash.path, "files"), name), {}};
+        return TrashOutcome{
+            true, joinPath(joinPath(trash.path, "files"), name), TrashRefusal::none, {}};
     }
-    return refused("The Trash already holds too many items with this name.");
+    return refused(TrashRefusal::failed, "The Trash already holds too many items with this name.");
 }
 
 }  // namespace
 
 TrashOutcome Trash::moveItem(int parentFd, const std::string& parentPath, const std::string& name,
-                             std::optional<ItemIdentity> expected,
-                             const std::function<void()>& beforeRename) {
+                             const TrashMove& move) {
     if (name.empty() || name == "." || name == ".." || name.find('/') != std::string::npos) {
-        return refused("Only a named item inside a folder can be moved to Trash.");
+        return refused(TrashRefusal::notAnItem,
+                       "Only a named item inside a folder can be moved to Trash.");
     }
     int error = 0;
     auto parentStatus = statDescriptor(parentFd, error);
     const std::string parent = resolveSymlinks(parentPath);
     auto named = statPath(parent, true);
-    if (!parentStatus || !named || !sameItem(*named, parentStatus->device, parentStatus->inode)) {
-        return refused("The folder that holds the item changed, so it stayed in place.");
+    if (!parentStatus || !named || !ItemIdentity::of(*named).isSameItem(*parentStatus)) {
+        return refused(TrashRefusal::redirected,
+                       "The folder that holds the item changed, so it stayed in place.");
     }
     auto item = statAt(parentFd, name.c_str(), false, error);
-    if (!item) return refused("The item no longer exists, so nothing was moved to Trash.");
-    if (expected && !sameItem(*item, expected->device, expected->inode)) {
-        return refused("The item changed just before the move, so it stayed in place.");
+    if (!item) {
+        return refused(TrashRefusal::missing,
+                       "The item no longer exists, so nothing was moved to Trash.");
     }
-    const MoveRequest request{parentFd, parent, name, item->device, item->inode, beforeRename};
+    if (move.expected && !matches(*move.expected, move.check, *item)) {
+        return refused(TrashRefusal::changed,
+                       "The item changed just before the move, so it stayed in place.");
+    }
+    const ItemIdentity expected = move.expected.value_or(ItemIdentity::of(*item));
+    const MoveRequest request{parentFd, parent, name, expected, move.check, move.beforeRename};
 
+    // The Trash is chosen by the mount that holds the item, not by its device: a bind
+    // mount of the home file system is another mount, and a rename cannot leave a mount.
     std::string problem;
     std::optional<TrashFolder> trash;
-    if (homeTrashDevice() == item->device) {
+    const std::string top = mountPointOf(parent);
+    if (top == homeTrashMountPoint()) {
         trash = openHomeTrash(problem);
     } else {
-        trash = openVolumeTrash(mountPointOf(parent), ::getuid(), problem);
+        trash = openVolumeTrash(top, ::getuid(), problem);
     }
     if (!trash) {
-        return refused("No usable Trash exists on the file system that holds the item (" + problem +
-                       "), so it stayed in place.");
+        return refused(TrashRefusal::noTrash,
+                       "No usable Trash exists on the file system that holds the item (" + problem +
+                           "), so it stayed in place.");
     }
     return moveInto(*trash, request);
 }
 
-TrashOutcome Trash::moveItem(const std::string& path, std::optional<ItemIdentity> expected) {
+TrashOutcome Trash::moveItem(const std::string& path, const TrashMove& move) {
     const std::string standardized = standardizePath(path);
     const std::string name(lastPathComponent(standardized));
     if (standardized.empty() || standardized.front() != '/' || name.empty()) {
-        return refused("Only a named item inside a folder can be moved to Trash.");
+        return refused(TrashRefusal::notAnItem,
+                       "Only a named item inside a folder can be moved to Trash.");
     }
     const std::string parent = parentPath(standardized);
     int error = 0;
-    UniqueFd parentFd = openDirectory(parent, error);
-    if (!parentFd) return refused("The item no longer exists, so nothing was moved to Trash.");
-    return moveItem(parentFd.get(), parent, name, expected);
+    UniqueFd parentFd = openDirectoryWithoutLinks(parent, error);
+    if (!parentFd) {
+        if (error == ELOOP || error == ENOTDIR) {
+            return refused(TrashRefusal::redirected,
+                           "A folder on the way to the item is now a link or a file, so it "
+                           "stayed in place.");
+        }
+        if (error == ENOENT) {
+            return refused(TrashRefusal::missing,
+                           "The item no longer exists, so nothing was moved to Trash.");
+        }
+        return refused(TrashRefusal::failed,
+                       withError("Could not open the folder that holds the item", error));
+    }
+    return moveItem(parentFd.get(), parent, name, move);
 }
 
 }  // namespace veldan::platform

@@ -8,6 +8,7 @@
 
 #include "platform/ErrorText.hpp"
 #include "platform/FileStatus.hpp"
+#include "platform/MountPoints.hpp"
 #include "platform/Paths.hpp"
 #include "platform/UserFolders.hpp"
 
@@ -69,13 +70,11 @@ bool makeFolders(const std::string& path, std::string& problem) {
 
 }  // namespace
 
-std::optional<uint64_t> homeTrashDevice() {
-    std::string path = joinPath(dataHome(), "Trash");
-    for (;;) {
-        if (auto status = statPath(path, true)) return status->device;
-        if (path == "/") return std::nullopt;
+std::string homeTrashMountPoint() {
+    std::string path = standardizePath(joinPath(dataHome(), "Trash"));
+    while (path != "/" && !statPath(path, true))
         path = parentPath(path);
-    }
+    return mountPointOf(resolveSymlinks(path));
 }
 
 std::optional<TrashFolder> openHomeTrash(std::string& problem) {

@@ -1,7 +1,7 @@
 #pragma once
 // The Trash folders an item can go to, opened (and created when missing) the way the
-// freedesktop.org Trash specification describes: the home trash for items on the home
-// trash's device, otherwise a per-volume folder in the volume's top directory.
+// freedesktop.org Trash specification describes: the home trash for items on the mount
+// that holds it, otherwise a per-volume folder in the top directory of the item's mount.
 //
 // Contract: single calls on the caller's thread; a folder that cannot be used comes back
 // empty with `problem` set to why (errno text), never half-open.
@@ -26,9 +26,10 @@ struct TrashFolder {
     UniqueFd info;       // `path`/info
 };
 
-// The device of $XDG_DATA_HOME/Trash, or of its nearest existing ancestor when it does
-// not exist yet (it is created on that device when first used).
-std::optional<uint64_t> homeTrashDevice();
+// The mount point that holds $XDG_DATA_HOME/Trash, or its nearest existing ancestor when
+// it does not exist yet (it is created there when first used). Only items under this very
+// mount can be renamed into it: a bind mount of the same device is another mount.
+std::string homeTrashMountPoint();
 
 // $XDG_DATA_HOME/Trash with files/ and info/, created with mode 700 where missing.
 std::optional<TrashFolder> openHomeTrash(std::string& problem);

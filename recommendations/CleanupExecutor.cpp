@@ -2,7 +2,6 @@
 
 #include <optional>
 
-#include "platform/DirectoryWithoutLinks.hpp"
 #include "platform/FileStatus.hpp"
 #include "platform/Paths.hpp"
 #include "platform/Trash.hpp"
@@ -43,9 +42,19 @@ std::optional<ScanFolderIdentity> recordedIdentity(const Recommendation& recomme
     return found->second;
 }
 
-bool sameFolder(const platform::FileStatus& status, const ScanFolderIdentity& identity) {
-    return status.isDirectory() && static_cast<int64_t>(status.device) == identity.device &&
-           static_cast<int64_t>(status.inode) == identity.inode;
+// What the Trash's last checks found, in this executor's words: a folder that changed or
+// went elsewhere between the checks above and the move is one reason, whichever check saw
+// it; anything else (a mount inside it, no usable Trash) is said as the Trash says it.
+std::string finalCheckReason(const platform::TrashOutcome& outcome) {
+    using platform::TrashRefusal;
+    switch (outcome.refusal) {
+        case TrashRefusal::redirected:
+        case TrashRefusal::missing:
+        case TrashRefusal::changed:
+            return "Changed during cleanup preparation";
+        default:
+            return outcome.reason;
+    }
 }
 
 std::string trashDetail(size_t moved, size_t total, bool anyFailed) {
@@ -66,7 +75,7 @@ std::optional<CleanupError> validateScannedCachePaths(const Recommendation& reco
         auto identity = recordedIdentity(recommendation, path, standardized);
         auto status = platform::statPath(standardized, false);
         if (direct(standardized) != standardized || !identity || !status ||
-            !sameFolder(*status, *identity)) {
+            !identity->isSameFolder(*status)) {
             return CleanupError{"The measured cache folder changed since the scan: " + path +
                                 ". Scan again before cleaning."};
         }
@@ -186,28 +195,17 @@ CleanupItemResult CleanupExecutor::trash(const Recommendation& recommendation,
         }
         auto identity = recordedIdentity(recommendation, original, path);
         auto scanned = platform::statPath(path, false);
-        if (!identity || !scanned || !sameFolder(*scanned, *identity)) {
+        if (!identity || !scanned || !identity->isSameFolder(*scanned)) {
             refuse("Changed since the scan");
             continue;
         }
         if (settings_.beforeFinalCheck) settings_.beforeFinalCheck(path);
 
-        // The final look goes through a descriptor of the parent opened without following
-        // any link, and the Trash renames relative to that same descriptor.
-        int error = 0;
-        platform::UniqueFd parentFd = platform::openDirectoryWithoutLinks(parent, error);
-        auto now =
-            parentFd ? platform::statAt(parentFd.get(), name.c_str(), false, error) : std::nullopt;
-        if (!now || now->isSymbolicLink() || !sameFolder(*now, *identity) || direct(path) != path) {
-            refuse("Changed during cleanup preparation");
-            continue;
-        }
-        const auto moved = platform::Trash::moveItem(
-            parentFd.get(), parent, name,
-            platform::ItemIdentity{static_cast<uint64_t>(identity->device),
-                                   static_cast<uint64_t>(identity->inode)});
+        // The final look, through a parent opened without following any link, and the
+        // mount check are the Trash's, right before it renames relative to that parent.
+        const auto moved = platform::Trash::moveItem(path, {identity->item()});
         if (!moved.moved) {
-            refuse(moved.reason);
+            refuse(finalCheckReason(moved));
             continue;
         }
         ++result.movedFolders;

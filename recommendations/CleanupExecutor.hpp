@@ -6,9 +6,10 @@
 //
 // Before a folder moves it must still be the folder that was scanned: the expected name,
 // never "/" or the home folder, no symbolic link on its path, the project manifest beside
-// it, and the device and inode recorded when the recommendation was built, checked once
-// from the path and once more through the descriptor of its parent folder, relative to
-// which the Trash then renames it.
+// it, and the device, inode and birth time recorded when the recommendation was built,
+// checked once from the path and once more, with the check that nothing is mounted inside
+// it, by the Trash right before it renames the folder relative to a parent opened without
+// following links.
 //
 // Contract: stateless apart from its settings; one item after another on the caller's
 // thread (a tool command blocks it for up to the time limit). Per-folder and per-item

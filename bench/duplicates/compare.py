@@ -1,14 +1,17 @@
 #!/usr/bin/env python3
 """Times `veldan duplicates --json` against jdupes, rdfind, fdupes and rmlint on the same
-data, warm cache, side by side in one run, and prints medians, ratios and peak memory.
-Every tool is limited to files of 1,000,000 bytes or more, and every tool must report
-exactly the same groups as veldan.
+data sets, warm cache, interleaved in one run, and prints medians, ratios and peak memory
+per set and the ratios of every set side by side. Every tool is limited to files of
+1,000,000 bytes or more, and every tool must report exactly the same groups as veldan.
 
-On a shared machine a run is retried (up to four times) when other programs used the
-processors meanwhile or data came from the disk instead of the cache, so that the
-figures compare the tools rather than the neighbours.
+The tools take turns within every round (the order rotates), so load from other programs
+falls on all of them alike; the report says how many processors other programs kept busy
+meanwhile. With VELDAN_BENCH_RETRIES=N a run disturbed by other programs (more than 5% of
+the processors) or by reads from disk is repeated up to N times (default 0: on a shared
+machine every run is disturbed, and interleaving with medians is the fairer measure).
+Reads from disk always count as disturbed, and are flagged.
 
-  compare.py VELDAN_BINARY DATA_FOLDER [ROUNDS]
+  compare.py VELDAN_BINARY ROUNDS NAME=DATA_FOLDER [NAME=DATA_FOLDER ...]
 """
 import collections
 import json
@@ -79,8 +82,8 @@ def machine_counters():
 
 
 def run_once(argv, capture=False):
-    """Wall seconds, CPU seconds, peak resident kilobytes, whether the run was disturbed
-    (other programs busy, or data read from disk rather than the cache), and standard
+    """Wall seconds, CPU seconds, peak resident kilobytes, processors kept busy by other
+    programs meanwhile, whether data came from disk rather than the cache, and standard
     output when asked."""
     busy_before, read_before = machine_counters()
     started = time.perf_counter()
@@ -93,31 +96,26 @@ def run_once(argv, capture=False):
         raise SystemExit(f"{argv[0]} failed: {result.stderr.decode(errors='replace')}")
     user, system, peak = result.stderr.decode().strip().splitlines()[-1].split()
     cpu = float(user) + float(system)
-    foreign = (busy_after - busy_before) - cpu
-    disturbed = foreign > 0.05 * wall * os.cpu_count() or read_after - read_before > 64 * 1024
+    others = max(0.0, (busy_after - busy_before) - cpu) / wall
+    from_disk = read_after - read_before > 64 * 1024
     output = result.stdout.decode("utf-8", errors="surrogateescape") if capture else ""
-    return wall, cpu, int(peak), disturbed, output
+    return wall, cpu, int(peak), others, from_disk, output
 
 
-def run_undisturbed(argv, retries=4):
-    """A run on a quiet machine with a warm cache, retried while others disturb it; the
-    last attempt counts anyway and is flagged."""
+def run_measured(argv, retries):
+    """One measured run, repeated up to `retries` times while other programs or disk reads
+    disturb it; the last attempt counts anyway."""
     for attempt in range(retries + 1):
-        wall, cpu, peak, disturbed, _ = run_once(argv)
-        if not disturbed:
-            return wall, cpu, peak, False
-    return wall, cpu, peak, True
+        wall, cpu, peak, others, from_disk, _ = run_once(argv)
+        if not from_disk and others <= 0.05 * os.cpu_count():
+            break
+    return wall, cpu, peak, others, from_disk
 
 
-def main():
-    if len(sys.argv) < 3:
-        sys.exit(__doc__)
-    veldan, data = os.path.abspath(sys.argv[1]), os.path.abspath(sys.argv[2])
-    rounds = int(sys.argv[3]) if len(sys.argv) > 3 else 5
-    scratch = tempfile.mkdtemp(prefix="veldan-bench-dupes-")
-    os.chdir(scratch)  # rdfind and rmlint write nothing elsewhere
+def measure_set(veldan, data, rounds, retries, scratch):
+    """Medians of one data set: {tool: (wall, cpu, peak)}, the median processors busy with
+    other programs, and the number of runs that read from disk."""
     listed = tools(veldan, data, scratch)
-
     # One captured run each warms the cache and proves that all tools agree.
     expected = None
     for name, argv in listed:
@@ -125,42 +123,72 @@ def main():
         found = groups_of(name, output, scratch)
         if expected is None:
             expected = found
-            print(f"veldan found {len(found)} groups, {sum(len(g) for g in found)} files")
+            print(f"  veldan found {len(found)} groups, {sum(len(g) for g in found)} files")
         elif found != expected:
             missing, extra = expected - found, found - expected
             raise SystemExit(f"{name} disagrees: {len(missing)} groups missing, {len(extra)} extra, "
                              f"e.g. {sorted(next(iter(missing or extra)))}")
         else:
-            print(f"{name} found the same groups")
+            print(f"  {name} found the same groups")
 
     walls = {name: [] for name, _ in listed}
     cpus = {name: [] for name, _ in listed}
     peaks = {name: [] for name, _ in listed}
-    disturbed_runs = 0
+    others, disk_runs = [], 0
     for round_index in range(rounds):
         # Rotate the order so no tool always runs right after the same one.
         order = listed[round_index % len(listed):] + listed[:round_index % len(listed)]
         for name, argv in order:
-            wall, cpu, peak, disturbed = run_undisturbed(argv)
+            wall, cpu, peak, busy, from_disk = run_measured(argv, retries)
             walls[name].append(wall)
             cpus[name].append(cpu)
             peaks[name].append(peak)
-            disturbed_runs += disturbed
-    medians = {name: statistics.median(walls[name]) for name in walls}
+            others.append(busy)
+            disk_runs += from_disk
+    medians = {name: (statistics.median(walls[name]), statistics.median(cpus[name]), max(peaks[name]))
+               for name in walls}
+    return medians, statistics.median(others), disk_runs
 
-    print(f"\n{rounds} rounds per tool, warm cache; median wall and CPU time, largest peak memory")
-    if disturbed_runs:
-        print(f"  ({disturbed_runs} runs stayed disturbed by other programs or disk reads after retries)")
-    mine = medians["veldan"]
-    for name in walls:
-        print(f"  {name:7s} {medians[name] * 1000:8.0f} ms wall {statistics.median(cpus[name]) * 1000:8.0f} ms CPU"
-              f" {max(peaks[name]) / 1024:7.1f} MB peak   veldan/{name} = {mine / medians[name]:5.2f}")
-    if "jdupes" in medians:
-        print(f"  target: veldan/jdupes <= 1.25       measured {mine / medians['jdupes']:.2f}")
-    for peer in ("rdfind", "rmlint", "fdupes"):
-        if peer in medians:
-            print(f"  target: {peer}/veldan >= 2          measured {medians[peer] / mine:.2f}")
-    print(f"  target: veldan peak memory < 30 MB  measured {max(peaks['veldan']) / 1024:.1f} MB")
+
+def main():
+    if len(sys.argv) < 4:
+        sys.exit(__doc__)
+    veldan = os.path.abspath(sys.argv[1])
+    rounds = int(sys.argv[2])
+    sets = [(spec.split("=", 1)[0], os.path.abspath(spec.split("=", 1)[1])) for spec in sys.argv[3:]]
+    retries = int(os.environ.get("VELDAN_BENCH_RETRIES", "0"))
+    scratch = tempfile.mkdtemp(prefix="veldan-bench-dupes-")
+    os.chdir(scratch)  # rdfind and rmlint write nothing elsewhere
+
+    results = {}
+    for set_name, data in sets:
+        print(f"set {set_name}: {data}")
+        medians, others, disk_runs = measure_set(veldan, data, rounds, retries, scratch)
+        results[set_name] = medians
+        mine = medians["veldan"][0]
+        print(f"  {rounds} rounds per tool, interleaved, warm cache; median wall and CPU time, "
+              f"largest peak memory")
+        print(f"  other programs kept {others:.2f} of {os.cpu_count()} processors busy (median over runs)")
+        if disk_runs:
+            print(f"  ({disk_runs} runs read from disk: the cache did not hold the data)")
+        for name, (wall, cpu, peak) in medians.items():
+            print(f"  {name:7s} {wall * 1000:8.0f} ms wall {cpu * 1000:8.0f} ms CPU"
+                  f" {peak / 1024:7.1f} MB peak   veldan/{name} = {mine / wall:5.2f}")
+
+    peers = [name for name in next(iter(results.values())) if name != "veldan"]
+    print("\nveldan/peer, median wall time (below 1 is faster than the peer)")
+    print(f"  {'set':10s} {'veldan ms':>10s}" + "".join(f" {name:>8s}" for name in peers))
+    for set_name, medians in results.items():
+        mine = medians["veldan"][0]
+        print(f"  {set_name:10s} {mine * 1000:10.0f}" +
+              "".join(f" {mine / medians[name][0]:8.2f}" if name in medians else f" {'-':>8s}"
+                      for name in peers))
+    for set_name, medians in results.items():
+        if "jdupes" in medians:
+            print(f"  target: veldan/jdupes <= 1.0 on {set_name:8s} measured "
+                  f"{medians['veldan'][0] / medians['jdupes'][0]:.2f}")
+    print(f"  target: veldan peak memory < 30 MB      measured "
+          f"{max(m['veldan'][2] for m in results.values()) / 1024:.1f} MB")
     shutil.rmtree(scratch, ignore_errors=True)
 
 

@@ -2,6 +2,7 @@
 """Builds a deterministic data set for the duplicate finder benchmark.
 
   make_data.py OUT [SCALE]
+  make_data.py OUT large
 
 At SCALE 1 (the default): about 2,000 files of 1 MB to 20 MB (about 21 GB), of which
 30% are copies in groups of two to four; 40 pairs of same-size files that differ in one
@@ -15,6 +16,10 @@ Files whose size no other file has are never read by any duplicate finder (every
 compares sizes first), so they are written sparse: they cost the walk what any file
 costs, but take no disk space, which keeps the full set at about 8 GB on disk instead of
 21 GB. Their sizes are kept unique so that their equal (zero) bytes never match.
+
+The large set ("large") is 48 files of 64 MiB (3.2 GB), all of one size: 12 pairs of
+copies and 12 pairs that differ in a single byte a quarter of the way in, where no sample
+of any tool looks, so every tool must read every byte of every file.
 
 The same arguments always give the same names, sizes and bytes (fixed seeds). There are
 no hidden files, links or packages, so every tool sees the same files.
@@ -67,10 +72,30 @@ def write_sparse(path, size):
         file.truncate(size)
 
 
+LARGE_SIZE = 64 * 1024 * 1024
+LARGE_PAIRS = 12
+
+
+def make_large(out, contents):
+    for pair in range(LARGE_PAIRS):
+        content_id = 1 + pair
+        for side in ("a", "b"):
+            contents.write(os.path.join(out, "copies", f"copy{pair:02d}-{side}.bin"), content_id,
+                           LARGE_SIZE)
+    for pair in range(LARGE_PAIRS):
+        content_id = 1 + LARGE_PAIRS + pair
+        for side, flip in (("a", None), ("b", LARGE_SIZE // 4 + 12_345)):
+            contents.write(os.path.join(out, "near", f"near{pair:02d}-{side}.bin"), content_id,
+                           LARGE_SIZE, flip_at=flip)
+
+
 def main():
     if len(sys.argv) < 2:
         sys.exit(__doc__)
     out = sys.argv[1]
+    if len(sys.argv) > 2 and sys.argv[2] == "large":
+        make_large(out, Contents(7))
+        return
     scale = float(sys.argv[2]) if len(sys.argv) > 2 else 1.0
     rng = random.Random(20261121)
     contents = Contents(7)

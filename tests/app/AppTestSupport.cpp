@@ -5,6 +5,7 @@
 #include <QCoreApplication>
 #include <QEventLoop>
 
+#include "app/CleanupAftermath.hpp"
 #include "cache/ScanCache.hpp"
 #include "tests/support/Files.hpp"
 
@@ -30,6 +31,7 @@ private:
 
 void ModelTest::TearDown() {
     ScanCache::shared().drain();
+    CleanupAftermath::finishWriting();
 }
 
 std::string ModelTest::folder(const std::string& name) {

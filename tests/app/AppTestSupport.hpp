@@ -18,8 +18,8 @@ namespace veldan::test {
 // A test of a model in a home folder of its own.
 class ModelTest : public ::testing::Test {
 protected:
-    // Saved maps are written on the cache's own queue: they must land before the home
-    // folder goes.
+    // Saved maps, the history and the digest are written on queues of their own: they
+    // must land before the home folder goes.
     void TearDown() override;
     // A folder of a few small files under the home folder.
     std::string folder(const std::string& name);

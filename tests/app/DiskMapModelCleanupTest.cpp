@@ -5,7 +5,11 @@
 #include <gtest/gtest.h>
 
 #include <future>
+#include <set>
 
+#include "activity/ActivityTracker.hpp"
+#include "activity/DownloadInventory.hpp"
+#include "platform/Preferences.hpp"
 #include "tests/app/AppTestSupport.hpp"
 #include "tests/support/Files.hpp"
 
@@ -54,6 +58,7 @@ TEST_F(DiskMapModelCleanupTest, ScanStartsAreRefusedWhileFilesMoveDuplicatesFirs
     model->setDuplicateSelected(path + "/movie.mp4", true);
     ASSERT_EQ(model->selectedDuplicatePaths().size(), 2u);
 
+    const int64_t itemsBefore = ActivityTracker::shared().history().totalMovedToTrashItems;
     model->startCleanup();
     model->moveSelectedDuplicatesToTrash();
     ASSERT_TRUE(model->isCleaning() && model->isMovingDuplicates());
@@ -92,6 +97,12 @@ TEST_F(DiskMapModelCleanupTest, ScanStartsAreRefusedWhileFilesMoveDuplicatesFirs
     }
     EXPECT_EQ(copiesLeft, 1);
     EXPECT_FALSE(model->isDoingBackgroundWork());
+    // Both moves are in the history: the generated folder and the two copies.
+    const auto history = ActivityTracker::shared().history();
+    EXPECT_EQ(history.totalMovedToTrashItems - itemsBefore, 3);
+    ASSERT_GE(history.activities.size(), 2u);
+    std::set<std::string> titles{history.activities[0].title, history.activities[1].title};
+    EXPECT_EQ(titles.count("Duplicate copies"), 1u);
 
     scanAndWait(*model, path);
     EXPECT_EQ(model->scanGeneration(), 2);
@@ -123,6 +134,24 @@ TEST_F(DiskMapModelCleanupTest, DuplicateSelectionAlwaysLeavesACopyAndSurvivesTh
     EXPECT_EQ(model->selectedDuplicatePaths(),
               (DuplicatePathSet{path + "/inner/movie copy.mp4", path + "/inner/movie.mp4",
                                 path + "/movie.mp4"}));
+}
+
+TEST_F(DiskMapModelCleanupTest, DownloadMovedFromTheActivityScreenOutdatesTheMap) {
+    makeFolders(home / "Downloads");
+    writeFileOfSize(home / "Downloads/setup.deb", 50'000);
+    auto model = startedModel();
+    model->setDailyTrackingEnabled(true);
+    EXPECT_TRUE(waitUntil(
+        [] { return platform::Preferences::boolean("veldanDailyTrackingEnabled") == true; }));
+
+    // A new account: the program's own first writes must not count as a change of home.
+    scanAndWait(*model, home.home());
+    const auto downloads = DownloadInventory::collect(std::chrono::system_clock::now());
+    ASSERT_EQ(downloads.size(), 1u);
+    model->moveDownloadToTrash(downloads.front());
+    ASSERT_TRUE(waitUntil([&] { return model->mapNeedsRefresh(); }));
+    EXPECT_FALSE(exists(home / "Downloads/setup.deb"));
+    EXPECT_TRUE(exists(home.dataHome() + "/Trash/files/setup.deb"));
 }
 
 }  // namespace

@@ -1,5 +1,5 @@
-// Choosing a folder through the panel, and saving the report of the map: the proposed names and messages, a map replaced while the
-// panel is open, and a write that fails.
+// Choosing a folder through the panel, and saving the report of the map: the proposed names and
+// messages, a map replaced while the panel is open, and a write that fails.
 
 #include <gtest/gtest.h>
 

@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <future>
 
+#include "activity/WidgetDigest.hpp"
 #include "app/DiskMapModel.hpp"
 #include "cache/ScanCache.hpp"
 #include "platform/Paths.hpp"
@@ -36,7 +37,10 @@ TEST_F(DiskMapModelScanTest, FinishedScanShowsItsMapAndIsRemembered) {
     {
         auto model = startedModel();
         QSignalSpy busy(model.get(), &DiskMapModel::isDoingBackgroundWorkChanged);
+        model->runDailyTrackingNow(true);
+        ASSERT_TRUE(model->isRunningDailyCheck());
         scanAndWait(*model, path);
+        EXPECT_FALSE(model->isRunningDailyCheck());  // the user's scan wins
         ASSERT_TRUE(model->snapshot());
         EXPECT_EQ(model->snapshot()->root.path, path);
         EXPECT_GE(model->snapshot()->root.bytes, 60'000);
@@ -49,6 +53,11 @@ TEST_F(DiskMapModelScanTest, FinishedScanShowsItsMapAndIsRemembered) {
         EXPECT_FALSE(model->snapshotCategoryBytes().empty());
         EXPECT_EQ(busy.count(), 2);  // busy while scanning, then idle
         EXPECT_FALSE(model->isDoingBackgroundWork());
+        model->applicationWillTerminate();
+        const auto digest = WidgetDigest::load();
+        ASSERT_TRUE(digest);
+        EXPECT_EQ(digest->scopeName, "Projects");
+        EXPECT_GE(digest->mappedBytes, 60'000);
     }
     EXPECT_EQ(Preferences::string(DiskMapModel::lastScanPathKey), path);
     EXPECT_EQ(Preferences::strings("recentScanFolders"), std::vector<std::string>{path});
@@ -68,10 +77,10 @@ TEST_F(DiskMapModelScanTest, RecentFoldersKeepTheNewestFiveAndNeverTheStartupDis
 
     model->scan("/");
     ASSERT_TRUE(waitUntil([&] { return model->isScanning(); }));
-    model->cancelScan();
     EXPECT_EQ(model->selectedURL(), "/");
     EXPECT_EQ(model->recentFolders(), newestFive);
-    EXPECT_TRUE(model->wasScanStopped());
+    model->applicationWillTerminate();  // quitting mid-scan: the digest must not say scanning
+    EXPECT_EQ(WidgetDigest::load()->scanState, WidgetScanState::stopped);
     model.reset();
     EXPECT_EQ(Preferences::strings("recentScanFolders"), newestFive);
     EXPECT_EQ(Preferences::string(DiskMapModel::lastScanPathKey), "/");

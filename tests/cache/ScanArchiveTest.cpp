@@ -145,9 +145,10 @@ std::string sharedTreeArchive(int levels) {
                    {tree, dictionary({"free", "total"}, {zero, zero}), writer.dictionary({}, {}),
                     writer.array({}), zero, zero, zero, writer.array({}), zero, zero,
                     writer.date(std::chrono::system_clock::now())});
-    const Ref identity =
-        dictionary({"device", "inode", "resolvedPath", "resolvedDevice", "resolvedInode"},
-                   {zero, zero, writer.string("/x"), zero, zero});
+    const Ref identity = dictionary(
+        {"device", "inode", "resolvedPath", "resolvedDevice", "resolvedInode", "createdSeconds",
+         "createdNanoseconds", "resolvedCreatedSeconds", "resolvedCreatedNanoseconds"},
+        {zero, zero, writer.string("/x"), zero, zero, zero, zero, zero, zero});
     const Ref top = dictionary({"version", "scopePath", "rootIdentity", "snapshot"},
                                {writer.integer(2), writer.string("/x"), identity, snapshot});
     return *writer.finish(top);

@@ -41,14 +41,18 @@ protected:
     DuplicateGroupFilterCache cache_;
 };
 
-TEST_F(DuplicateGroupFilterCacheTest, MinimumExtraBytesHidesSmallerGroups) {
+TEST_F(DuplicateGroupFilterCacheTest, MinimumExtraBytesHidesSmallerGroupsAndTheirSelections) {
+    const DuplicatePathSet selected = {"/d/x/Resume copy.pdf", "/d/y/z.pdf", "/d/b.mov",
+                                       "/elsewhere"};
     EXPECT_EQ(ids(cache_.visible(result_, "", DuplicateGroupFilterCache::allSizes)),
               (std::vector<std::string>{"big", "mid", "small"}));
+    EXPECT_EQ(cache_.selectedCount(selected), 3);
     EXPECT_EQ(ids(cache_.visible(result_, "", DuplicateGroupFilterCache::tenMegabytes)),
               (std::vector<std::string>{"big", "mid"}));
     // Three 400 MB copies hold 800 MB extra: below 1 GB. Three 600 MB copies hold 1.2 GB.
     EXPECT_EQ(ids(cache_.visible(result_, "", DuplicateGroupFilterCache::oneGigabyte)),
               (std::vector<std::string>{"big"}));
+    EXPECT_EQ(cache_.selectedCount(selected), 2);
 }
 
 TEST_F(DuplicateGroupFilterCacheTest, QueryMatchesAnyCopyIgnoringCaseAndAccentsAndShowsAllCopies) {
@@ -74,15 +78,6 @@ TEST_F(DuplicateGroupFilterCacheTest, AnswerIsReusedUntilRevisionQueryOrMinimumC
     result_.revision = "second";
     EXPECT_EQ(ids(cache_.visible(result_, "mov", 0)), (std::vector<std::string>{"renamed"}));
     EXPECT_TRUE(cache_.visible(result_, "mov", DuplicateGroupFilterCache::oneGigabyte).empty());
-}
-
-TEST_F(DuplicateGroupFilterCacheTest, SelectedCountCountsOnlyVisiblePaths) {
-    cache_.visible(result_, "", DuplicateGroupFilterCache::oneGigabyte);
-    const DuplicatePathSet selected = {"/d/x/Resume copy.pdf", "/d/y/z.pdf", "/d/b.mov",
-                                       "/elsewhere"};
-    EXPECT_EQ(cache_.selectedCount(selected), 2);
-    cache_.visible(result_, "", 0);
-    EXPECT_EQ(cache_.selectedCount(selected), 3);
 }
 
 }  // namespace

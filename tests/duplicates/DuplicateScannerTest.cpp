@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <atomic>
 #include <chrono>
+#include <climits>
 #include <functional>
 #include <future>
 #include <stdexcept>
@@ -15,6 +16,7 @@
 
 #include "platform/FileStatus.hpp"
 #include "platform/Sha256.hpp"
+#include "platform/UniqueFd.hpp"
 #include "tests/duplicates/DuplicateTestSupport.hpp"
 #include "tests/support/Files.hpp"
 #include "tests/support/IsolatedHome.hpp"
@@ -64,26 +66,6 @@ TEST_F(DuplicateScannerTest, FindsOneMillionByteCopiesButNotSmallerOnes) {
     EXPECT_EQ(result->unreadableFiles, 0);
 }
 
-TEST_F(DuplicateScannerTest, DescribesGroupsByIdDigestAndTotals) {
-    copies({"one", "two", "three"}, 2 * megabyte, 7);
-    write("other", 2 * megabyte, 8);
-    const auto result = scan();
-    ASSERT_TRUE(result);
-    ASSERT_EQ(result->groups.size(), 1u);
-    const auto& group = result->groups.front();
-    const auto digest = platform::Sha256::of(test::readFile(path("one")));
-    EXPECT_EQ(group.digest, digest);
-    EXPECT_EQ(group.id, "2000000-" + platform::base64(digest.data(), digest.size()));
-    EXPECT_EQ(group.bytesPerFile, 2 * megabyte);
-    EXPECT_EQ(group.extraBytes(), 4 * megabyte);
-    EXPECT_EQ(result->extraBytes, 4 * megabyte);
-    EXPECT_EQ(result->fileBytesByPath.size(), 3u);
-    EXPECT_EQ(result->fileBytesByPath.at(path("three")), 2 * megabyte);
-    EXPECT_EQ(result->scope, dir_.path());
-    EXPECT_EQ(result->revision.size(), 36u);
-    EXPECT_NE(scan()->revision, result->revision);
-}
-
 TEST_F(DuplicateScannerTest, HardLinksAreNeverCopiesOfEachOther) {
     write("links/one", 5 * megabyte, 4);
     test::makeHardLink(path("links/one"), path("links/two"));
@@ -101,37 +83,26 @@ TEST_F(DuplicateScannerTest, HardLinksAreNeverCopiesOfEachOther) {
     EXPECT_TRUE(files[0].path == path("real-copy") || files[1].path == path("real-copy"));
 }
 
-TEST_F(DuplicateScannerTest, MiddleDifferenceUnder16MiBPassesSamplingAndFailsVerification) {
-    const int64_t size = 3 * megabyte;
-    copies({"a", "b"}, size, 5);
-    test::changeByteAt(path("b"), size / 2);
-    test::ProgressRecorder progress;
-    const auto result = scan(progress.callback());
-    ASSERT_TRUE(result);
-    EXPECT_TRUE(result->groups.empty());
-    EXPECT_EQ(result->unreadableFiles, 0);
-    const auto reports = progress.reports();
-    EXPECT_NE(std::find(reports.begin(), reports.end(),
-                        test::ProgressRecorder::Report{DuplicateScanPhase::verifying, 2, 2}),
-              reports.end());
-}
-
-TEST_F(DuplicateScannerTest, From16MiBAMiddleDifferenceIsCaughtBySamplingAndMatchesAreVerified) {
-    const int64_t size = DuplicateScanner::middleSampleFloor;
-    copies({"a", "b"}, size, 6);
-    test::changeByteAt(path("b"), size / 2);
-    copies({"c", "d"}, size + 4096, 9);
+TEST_F(DuplicateScannerTest, MiddleDifferencesFailVerificationUnder16MiBAndSamplingFrom16MiB) {
+    const int64_t small = 3 * megabyte;
+    const int64_t large = DuplicateScanner::middleSampleFloor;
+    copies({"small-a", "small-b"}, small, 5);
+    test::changeByteAt(path("small-b"), small / 2);
+    copies({"large-a", "large-b"}, large, 6);
+    test::changeByteAt(path("large-b"), large / 2);
+    copies({"c", "d"}, large + 4096, 9);
     test::ProgressRecorder progress;
     const auto result = scan(progress.callback());
     ASSERT_TRUE(result);
     EXPECT_EQ(groupPaths(*result), (Groups{{path("c"), path("d")}}));
-    // Only c and d reach verification: a and b were told apart by their middle samples.
-    for (const auto& [phase, completed, total] : progress.reports()) {
-        if (phase == DuplicateScanPhase::verifying) {
-            EXPECT_EQ(total, 2);
-        }
-    }
-    EXPECT_TRUE(progress.saw(DuplicateScanPhase::verifying));
+    EXPECT_EQ(result->unreadableFiles, 0);
+    // The large pair was told apart by its middle samples; the small pair needed whole reads.
+    const auto reports = progress.reports();
+    EXPECT_NE(std::find(reports.begin(), reports.end(),
+                        test::ProgressRecorder::Report{DuplicateScanPhase::verifying, 4, 4}),
+              reports.end());
+    for (const auto& [phase, completed, total] : reports)
+        EXPECT_TRUE(phase != DuplicateScanPhase::verifying || total == 4);
 }
 
 TEST_F(DuplicateScannerTest, FileChangedBetweenPhasesIsDroppedAsUnreadable) {
@@ -197,28 +168,61 @@ TEST_F(DuplicateScannerTest, NeverFollowsSymbolicLinks) {
     EXPECT_EQ(result->filesVisited, 2);
 }
 
-TEST_F(DuplicateScannerTest, AFolderSwappedForALinkAfterItsListingLeadsNowhere) {
-    // The scanned folder lives in "tree"; once it is listed, "tree" is swapped for a link
-    // to an outside tree with folders of the same names.
+TEST_F(DuplicateScannerTest, AFolderSwappedAfterItsParentsListingLeadsNowhere) {
+    // Once the root is listed, and before anything below it is opened, "d1" becomes a link
+    // to an outside folder and "d2" is replaced by another outside folder. Both outside
+    // folders hold a copy of "keep".
     test::TempDir outside;
     for (const char* folder : {"d1", "d2"}) {
         test::makeFolders(outside / folder);
         writeFileOfSize(outside / folder + "/f", megabyte, 30);
     }
-    write("tree/d1/a", megabyte, 31);
-    write("tree/d2/b", megabyte, 32);
-    const std::string root = path("tree");
+    write("keep", megabyte, 30);
+    write("d1/a", megabyte, 31);
+    write("d2/b", megabyte, 32);
     DuplicateScanSeams seams;
     std::atomic<int> listed = 0;
     seams.afterListing = [&] {
         if (++listed != 1) return;
-        ASSERT_EQ(::rename(root.c_str(), path("moved").c_str()), 0);
-        test::makeSymlink(outside.path(), root);
+        ASSERT_EQ(::rename(path("d1").c_str(), path("moved1").c_str()), 0);
+        test::makeSymlink(outside / "d1", path("d1"));
+        ASSERT_EQ(::rename(path("d2").c_str(), path("moved2").c_str()), 0);
+        ASSERT_EQ(::rename((outside / "d2").c_str(), path("d2").c_str()), 0);
     };
-    const auto result = DuplicateScanner({}, seams).scan(root, cancellation_);
+    const auto result = DuplicateScanner({}, seams).scan(dir_.path(), cancellation_);
     ASSERT_TRUE(result);
-    EXPECT_TRUE(result->groups.empty()) << "the outside copies were read";
-    EXPECT_EQ(result->filesVisited, 0);
+    EXPECT_TRUE(result->groups.empty()) << "an outside copy was read";
+    EXPECT_EQ(result->filesVisited, 1);
+    EXPECT_EQ(result->unreadableFiles, 2);
+}
+
+TEST_F(DuplicateScannerTest, CopiesDeeperThanPathMaxAreCompared) {
+    write("top", megabyte, 33);
+    const std::string contents = test::readFile(path("top"));
+    platform::UniqueFd folder(::open(dir_.path().c_str(), O_RDONLY | O_DIRECTORY));
+    std::string deep = dir_.path();
+    for (int level = 0; level < 80; ++level) {  // about 4,900 bytes of path
+        const std::string name(60, 'd');
+        ASSERT_EQ(::mkdirat(folder.get(), name.c_str(), 0755), 0);
+        folder = platform::UniqueFd(::openat(folder.get(), name.c_str(), O_RDONLY | O_DIRECTORY));
+        deep += "/" + name;
+    }
+    for (const char* name : {"a", "b"}) {
+        const platform::UniqueFd file(::openat(folder.get(), name, O_WRONLY | O_CREAT, 0644));
+        ASSERT_EQ(::write(file.get(), contents.data(), contents.size()),
+                  static_cast<ssize_t>(contents.size()));
+    }
+    ASSERT_GT(deep.size(), size_t{PATH_MAX});
+    // Folders opened relative to their parents, and all of them reached by path, as when
+    // the walk already keeps its share of folders open.
+    for (const int openFolders : {DuplicateScanSeams{}.sharedFolderLimit, 0}) {
+        DuplicateScanSeams seams;
+        seams.sharedFolderLimit = openFolders;
+        const auto result = DuplicateScanner({}, seams).scan(dir_.path(), cancellation_);
+        ASSERT_TRUE(result);
+        EXPECT_EQ(groupPaths(*result), (Groups{{deep + "/a", deep + "/b", path("top")}}));
+        EXPECT_EQ(result->unreadableFiles, 0);
+    }
 }
 
 TEST_F(DuplicateScannerTest, OrdersFilesInFinderOrderAndEqualGroupsById) {
@@ -386,56 +390,6 @@ TEST_F(DuplicateScannerTest, FileChangedWhileItIsReadGivesNoDigest) {
             }
         }
     }
-}
-
-TEST(DuplicateMetadataTest, EveryOneOfTheTenValuesMustMatch) {
-    platform::FileStatus status;
-    status.mode = S_IFREG | 0644;
-    status.device = 1;
-    status.inode = 2;
-    status.size = 3;
-    status.modified = {4, 5};
-    status.changed = {6, 7};
-    status.created = {8, 9};
-    const DuplicateFile file = DuplicateFile::snapshot("/x", status);
-    EXPECT_TRUE(DuplicateScanner::metadataMatches(file, status));
-    const std::vector<std::function<void(platform::FileStatus&)>> changes = {
-        [](auto& s) { s.device = 10; },
-        [](auto& s) { s.inode = 10; },
-        [](auto& s) { s.size = 10; },
-        [](auto& s) { s.modified.seconds = 10; },
-        [](auto& s) { s.modified.nanoseconds = 10; },
-        [](auto& s) { s.changed.seconds = 10; },
-        [](auto& s) { s.changed.nanoseconds = 10; },
-        [](auto& s) { s.created.seconds = 10; },
-        [](auto& s) { s.created.nanoseconds = 10; },
-        [](auto& s) { s.mode = S_IFLNK | 0777; },
-    };
-    for (size_t i = 0; i < changes.size(); ++i) {
-        platform::FileStatus changed = status;
-        changes[i](changed);
-        EXPECT_FALSE(DuplicateScanner::metadataMatches(file, changed)) << "change " << i;
-    }
-}
-
-TEST(DuplicateCloneTest, OnlyOneUntouchedCloneFamilyCounts) {
-    const std::vector<DuplicateFile> files = {test::fileRecord("/a"), test::fileRecord("/b")};
-    using Sharing = ClonedFileSpace::Sharing;
-    const auto answering = [](std::optional<Sharing> a, std::optional<Sharing> b) {
-        return [=](const std::string& path) { return path == "/a" ? a : b; };
-    };
-    const Sharing family{0, 5, 2};
-    EXPECT_TRUE(DuplicateScanner::areUnchangedClones(files, answering(family, family)));
-    // No answer, no live clones, another family, private blocks.
-    const std::vector<std::pair<Sharing, std::optional<Sharing>>> refused = {
-        {family, std::nullopt},
-        {Sharing{0, 5, 1}, Sharing{0, 5, 1}},
-        {family, Sharing{0, 6, 2}},
-        {family, Sharing{1, 5, 2}}};
-    for (const auto& [a, b] : refused)
-        EXPECT_FALSE(DuplicateScanner::areUnchangedClones(files, answering(a, b)));
-    // This platform has no clone attributes at all.
-    EXPECT_FALSE(DuplicateScanner::areUnchangedClones(files));
 }
 
 }  // namespace

@@ -65,7 +65,7 @@ TEST_F(DuplicateSelectionTest, PathsAreStandardizedBeforeTheRulesApply) {
 TEST_F(DuplicateSelectionTest, WholeDiskScansOnlyMoveCopiesInsideHome) {
     scope_ = "/";
     EXPECT_EQ(reason("/Users/Shared/a.bin"), outsideText);
-    EXPECT_EQ(reason("/var/lib/a.bin"), outsideText);
+    EXPECT_EQ(reason("/mnt/data/a.bin"), outsideText);
     EXPECT_EQ(reason(in("Movies/a.mov")), std::nullopt);
 }
 
@@ -82,13 +82,13 @@ TEST_F(DuplicateSelectionTest, AHomeReachedThroughALinkIsStillHome) {
     EXPECT_EQ(score(documents), 180 - depth(documents));
 }
 
-TEST_F(DuplicateSelectionTest, ChosenFoldersOutsideTheSystemLocationsAreTheUsers) {
-    scope_ = "/opt/data";
-    EXPECT_EQ(reason("/opt/data/a.bin"), std::nullopt);
-    scope_ = "/var/home/someone";
-    EXPECT_EQ(reason("/var/home/someone/Work/a.bin"), std::nullopt);
-    scope_ = "/usr/local";
-    EXPECT_EQ(reason("/usr/local/a.bin"), systemText);
+TEST_F(DuplicateSelectionTest, SystemFoldersStayEvenWhenTheSearchChoseThem) {
+    for (const char* folder : {"/etc", "/var/lib", "/opt/data", "/boot", "/srv", "/lib64"}) {
+        scope_ = folder;
+        EXPECT_EQ(reason(scope_ + "/a.bin"), systemText) << folder;
+    }
+    scope_ = "/etcetera";
+    EXPECT_EQ(reason("/etcetera/a.bin"), std::nullopt);
 }
 
 TEST_F(DuplicateSelectionTest, KeepScoreFavoursMediaFoldersAndDesktopAndPenalisesCopies) {

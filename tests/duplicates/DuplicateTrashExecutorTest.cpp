@@ -42,6 +42,10 @@ protected:
             progress_.emplace_back(done, total);
         });
     }
+    // trash-list reads the trash of every mount; only this test's items matter.
+    bool trashHoldsAnythingOfThisTest() const {
+        return test::trashList().find(" " + dir_.path() + "/") != std::string::npos;
+    }
     static std::vector<std::string> details(const DuplicateTrashReport& report) {
         std::vector<std::string> out;
         for (const auto& outcome : report.outcomes)
@@ -55,25 +59,6 @@ protected:
     std::vector<std::string> changed_;
     std::vector<std::pair<int64_t, int64_t>> progress_;
 };
-
-TEST_F(DuplicateTrashExecutorTest, MovesTheSelectedCopyIntoTheTrashAndReportsIt) {
-    write("keep/a.bin");
-    write("extra/a.bin");
-    const auto result = scan();
-    const auto report = run(result, {path("extra/a.bin")});
-    ASSERT_EQ(report.outcomes.size(), 1u);
-    EXPECT_TRUE(report.outcomes[0].moved);
-    EXPECT_EQ(report.outcomes[0].detail, "Moved to Trash");
-    EXPECT_EQ(report.title(), "Copies moved to Trash");
-    EXPECT_EQ(report.logicalBytesMoved, size);
-    EXPECT_EQ(report.movedPaths(), std::set<std::string>{path("extra/a.bin")});
-    EXPECT_FALSE(test::exists(path("extra/a.bin")));
-    EXPECT_TRUE(test::exists(path("keep/a.bin")));
-    EXPECT_TRUE(test::trashListShows(test::trashList(), path("extra/a.bin")));
-    EXPECT_EQ(sinkCalls_, 1);
-    EXPECT_EQ(changed_, std::vector<std::string>{path("extra/a.bin")});
-    EXPECT_EQ(progress_, (std::vector<std::pair<int64_t, int64_t>>{{1, 1}}));
-}
 
 TEST_F(DuplicateTrashExecutorTest, SelectedCopyEditedAfterTheScanStays) {
     for (const char* name : {"a.bin", "b.bin", "c.bin"})
@@ -116,7 +101,7 @@ TEST_F(DuplicateTrashExecutorTest, ParentFolderSwappedForALinkKeepsTheCopy) {
     EXPECT_EQ(details(report),
               std::vector<std::string>{"A folder in this path now points somewhere else."});
     EXPECT_TRUE(test::exists(path("real/copy.bin")));
-    EXPECT_EQ(test::trashList(), "");
+    EXPECT_FALSE(trashHoldsAnythingOfThisTest());
 }
 
 TEST_F(DuplicateTrashExecutorTest, ChecksFollowTheirOrderOfPrecedence) {
@@ -134,10 +119,10 @@ TEST_F(DuplicateTrashExecutorTest, ChecksFollowTheirOrderOfPrecedence) {
     EXPECT_TRUE(test::exists(path("a.bin")));
     EXPECT_TRUE(test::exists(path(".hidden/b.bin")));
     EXPECT_EQ(sinkCalls_, 0);
-    EXPECT_EQ(test::trashList(), "");
+    EXPECT_FALSE(trashHoldsAnythingOfThisTest());
 }
 
-TEST_F(DuplicateTrashExecutorTest, WalksGroupsInOrderAndReportsProgressPerFile) {
+TEST_F(DuplicateTrashExecutorTest, MovesSelectedCopiesGroupByGroupAndReportsEach) {
     for (const char* name : {"big/a.bin", "big/b.bin", "big/c.bin"})
         write(name, 1);
     for (const char* name : {"other/a.bin", "other/b.bin"})
@@ -145,29 +130,23 @@ TEST_F(DuplicateTrashExecutorTest, WalksGroupsInOrderAndReportsProgressPerFile) 
     const auto result = scan();
     ASSERT_EQ(result.groups.size(), 2u);
     const auto report = run(
-        result, {path("big/b.bin"), path("big/c.bin"), path("other/b.bin"), path("not/in/result")});
+        result, {path("other/b.bin"), path("big/c.bin"), path("big/b.bin"), path("not/in/result")});
+    const std::vector<std::string> moved = {path("big/b.bin"), path("big/c.bin"),
+                                            path("other/b.bin")};
     ASSERT_EQ(report.outcomes.size(), 3u);
-    EXPECT_EQ(report.outcomes[0].path, path("big/b.bin"));
-    EXPECT_EQ(report.outcomes[1].path, path("big/c.bin"));
-    EXPECT_EQ(report.outcomes[2].path, path("other/b.bin"));
-    EXPECT_EQ(report.movedCount(), 3);
+    for (size_t i = 0; i < moved.size(); ++i) {
+        EXPECT_EQ(report.outcomes[i].path, moved[i]);
+        EXPECT_EQ(report.outcomes[i].detail, "Moved to Trash");
+        EXPECT_FALSE(test::exists(moved[i]));
+    }
+    EXPECT_EQ(report.title(), "Copies moved to Trash");
     EXPECT_EQ(report.logicalBytesMoved, 3 * size);
     EXPECT_EQ(progress_, (std::vector<std::pair<int64_t, int64_t>>{{1, 3}, {2, 3}, {3, 3}}));
-    EXPECT_EQ(changed_.size(), 3u);
+    EXPECT_EQ(sinkCalls_, 1);
+    EXPECT_EQ(changed_, moved);
     EXPECT_TRUE(test::exists(path("big/a.bin")));
     EXPECT_TRUE(test::exists(path("other/a.bin")));
-}
-
-TEST_F(DuplicateTrashExecutorTest, MovesNamesThatAreNotUtf8ByteForByte) {
-    const std::string name = "copy\xff\xfe.bin";
-    write("a.bin");
-    write(name);
-    const auto result = scan();
-    const auto report = run(result, {path(name)});
-    EXPECT_EQ(details(report), std::vector<std::string>{"Moved to Trash"});
-    EXPECT_EQ(changed_, std::vector<std::string>{path(name)});
-    EXPECT_TRUE(test::exists(home_.dataHome() + "/Trash/files/" + name));
-    EXPECT_TRUE(test::trashListShows(test::trashList(), path("copy\xef\xbf\xbd\xef\xbf\xbd.bin")));
+    EXPECT_TRUE(test::trashListShows(test::trashList(), path("other/b.bin")));
 }
 
 TEST_F(DuplicateTrashExecutorTest, CachedKeeperIsTrustedWhileItsStatusIsUnchanged) {

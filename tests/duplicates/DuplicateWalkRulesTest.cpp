@@ -52,17 +52,6 @@ TEST_F(DuplicateWalkRulesTest, WholeDiskSearchAlsoEntersTheHomeFoldersDevice) {
     EXPECT_FALSE(folder.allowsDevice(homeDevice_));
 }
 
-TEST_F(DuplicateWalkRulesTest, WholeDiskSearchNeverEntersTheVolumesFolders) {
-    const DuplicateWalkRules whole("/", homeDevice_);
-    EXPECT_TRUE(whole.skipsDirectory("/Volumes", "Volumes", parentNotAsked));
-    EXPECT_TRUE(whole.skipsDirectory("/System/Volumes", "Volumes", parentNotAsked));
-    EXPECT_FALSE(whole.skipsDirectory("/srv/Volumes", "Volumes", parentNotAsked));
-    EXPECT_FALSE(whole.skipsDirectory("/System/Volumes/Data", "Data", parentNotAsked));
-    // A search that starts below "/" chose that folder and enters it.
-    const DuplicateWalkRules system("/System", homeDevice_);
-    EXPECT_FALSE(system.skipsDirectory("/System/Volumes", "Volumes", parentNotAsked));
-}
-
 TEST_F(DuplicateWalkRulesTest, VolumeTrashIsSkippedOnlyAtTheTopOfAMount) {
     test::TempDir dir;
     const DuplicateWalkRules rules(dir.path(), homeDevice_);

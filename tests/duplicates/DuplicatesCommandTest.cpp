@@ -113,15 +113,6 @@ TEST_F(DuplicatesCommandTest, JsonKeepsEveryPathByteForByte) {
                               hex(path("plain")) + "\n");
 }
 
-TEST_F(DuplicatesCommandTest, HelpExplainsTheQueryInTheFindersOwnWords) {
-    const auto result = veldan({"--help"});
-    ASSERT_EQ(result.exitCode, 0) << result.err;
-    EXPECT_NE(result.out.find("Find groups by any copy\u2019s name or path. Each matching group "
-                              "shows all its copies."),
-              std::string::npos)
-        << result.out;
-}
-
 TEST_F(DuplicatesCommandTest, MinimumExtraAndQueryFilterTheGroupsShown) {
     constexpr int64_t sixMegabytes = 6'000'000;
     write("two/a.mov", 1, sixMegabytes);

@@ -32,9 +32,9 @@ struct HomeTrash {
 };
 
 platform::ItemIdentity identityOf(const std::string& path) {
-    struct stat status {};
-    if (::lstat(path.c_str(), &status) != 0) throw std::runtime_error("lstat " + path);
-    return {status.st_dev, status.st_ino};
+    auto status = platform::statPath(path, false);
+    if (!status) throw std::runtime_error("lstat " + path);
+    return platform::ItemIdentity::of(*status);
 }
 
 void makeProject(const std::string& folder) {
@@ -68,7 +68,7 @@ TEST(HomeTrash, MovesAFolderWithItsInfoFileAndDirectorySizeAndTrashCliRestoresIt
     test::TempDir dir;
     const std::string item = dir / "my project";
     makeProject(item);
-    const auto outcome = Trash::moveItem(item, identityOf(item));
+    const auto outcome = Trash::moveItem(item, {identityOf(item)});
     ASSERT_TRUE(outcome.moved) << outcome.reason;
     EXPECT_EQ(outcome.trashedPath, trash.file("my project"));
     EXPECT_FALSE(test::exists(item));
@@ -171,19 +171,27 @@ TEST(HomeTrash, ShortensAVeryLongNameInsideTheTrashButKeepsItWholeInPath) {
     EXPECT_EQ(platform::lastPathComponent(cut.trashedPath), std::string(245, '\x80'));
 }
 
+// A folder deleted and made again usually gets its inode number back; only the birth
+// time tells it from the one that was measured.
 TEST(HomeTrash, RefusesAnItemThatIsNotTheExpectedOneAndLeavesNoInfoFile) {
     HomeTrash trash;
     test::TempDir dir;
-    test::makeFolders(dir / "target");
+    test::makeFolders(dir / "target/inner");
     const auto measured = identityOf(dir / "target");
-    ::rename((dir / "target").c_str(), (dir / "aside").c_str());
-    test::makeFolders(dir / "target");
-    const auto outcome = Trash::moveItem(dir / "target", measured);
+    test::recreateWithSameInode(dir / "target");
+    const auto outcome = Trash::moveItem(dir / "target", {measured});
     EXPECT_FALSE(outcome.moved);
+    EXPECT_EQ(outcome.refusal, platform::TrashRefusal::changed);
     EXPECT_EQ(outcome.reason, "The item changed just before the move, so it stayed in place.");
     EXPECT_TRUE(test::exists(dir / "target"));
-    EXPECT_TRUE(test::exists(dir / "aside"));
-    EXPECT_EQ(test::trashList(), "");
+    EXPECT_FALSE(test::exists(trash.folder() + "/info")) << "refused before any info file";
+
+    // Touched only, it is still the same folder; unless the move asks for it unchanged.
+    const auto now = identityOf(dir / "target");
+    test::writeFile(dir / "target/new", "x");
+    EXPECT_EQ(Trash::moveItem(dir / "target", {now, platform::IdentityCheck::unchanged}).refusal,
+              platform::TrashRefusal::changed);
+    EXPECT_TRUE(Trash::moveItem(dir / "target", {now}).moved);
 }
 
 TEST(HomeTrash, PutsBackAnEntrySwappedInJustBeforeTheRenameAndLeavesNoInfoFile) {
@@ -195,11 +203,12 @@ TEST(HomeTrash, PutsBackAnEntrySwappedInJustBeforeTheRenameAndLeavesNoInfoFile) 
     auto parentFd = platform::openDirectory(dir.path(), error);
     ASSERT_TRUE(parentFd);
     const auto outcome =
-        Trash::moveItem(parentFd.get(), dir.path(), "target", identityOf(dir / "target"), [&] {
-            ::rename((dir / "target").c_str(), (dir / "aside").c_str());
-            test::makeFolders(dir / "target");
-            test::writeFile(dir / "target/stranger", "other");
-        });
+        Trash::moveItem(parentFd.get(), dir.path(), "target",
+                        {identityOf(dir / "target"), platform::IdentityCheck::sameItem, [&] {
+                             ::rename((dir / "target").c_str(), (dir / "aside").c_str());
+                             test::makeFolders(dir / "target");
+                             test::writeFile(dir / "target/stranger", "other");
+                         }});
     EXPECT_FALSE(outcome.moved);
     EXPECT_EQ(outcome.reason,
               "The item was replaced just before the move, so nothing was moved to Trash.");
@@ -224,6 +233,8 @@ TEST(HomeTrash, RefusesWhenTheParentPathNoLongerNamesTheOpenFolder) {
     const auto outcome = Trash::moveItem(parentFd.get(), dir / "parent", "item");
     EXPECT_FALSE(outcome.moved);
     EXPECT_EQ(outcome.reason, "The folder that holds the item changed, so it stayed in place.");
+    // By path, the link on the way is refused before anything is opened through it.
+    EXPECT_EQ(Trash::moveItem(dir / "parent/item").refusal, platform::TrashRefusal::redirected);
     EXPECT_TRUE(test::exists(dir / "moved/item"));
     EXPECT_TRUE(test::exists(dir / "decoy/item"));
 }

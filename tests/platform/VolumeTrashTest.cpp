@@ -1,49 +1,26 @@
-// Items on another file system than the home Trash go to that volume's own Trash. The
-// volumes are tmpfs mounts made inside a private mount namespace: the outer test runs
-// this binary again under `unshare -m`, where the DISABLED_ cases mount and check.
+// Items on another mount than the home Trash go to that mount's own Trash, and an item
+// with a mount inside never moves. The mounts are made inside a private mount namespace.
 
 #include <gtest/gtest.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <cstdlib>
 #include <filesystem>
 
+#include "platform/MountPoints.hpp"
+#include "platform/Paths.hpp"
 #include "platform/Trash.hpp"
+#include "platform/UserFolders.hpp"
 #include "tests/platform/TrashCli.hpp"
+#include "tests/support/MountNamespace.hpp"
 #include "tests/support/TempDir.hpp"
 
 namespace veldan {
 
 namespace {
 
-constexpr const char* insideVariable = "VELDAN_TEST_IN_MOUNT_NAMESPACE";
-
-bool insideNamespace() {
-    return std::getenv(insideVariable) != nullptr;
-}
-
-// A fresh tmpfs for one test; only ever mounted inside the private namespace.
-class Volume {
-public:
-    explicit Volume(const char* options = "size=16m,mode=755") {
-        if (::mount("tmpfs", dir_.path().c_str(), "tmpfs", 0, options) != 0) {
-            throw std::runtime_error("mount tmpfs failed");
-        }
-    }
-    ~Volume() { ::umount2(dir_.path().c_str(), MNT_DETACH); }
-    const std::string& top() const { return dir_.path(); }
-    std::string operator/(const std::string& relative) const { return dir_ / relative; }
-    void makeReadOnly() const {
-        if (::mount(nullptr, top().c_str(), nullptr, MS_REMOUNT | MS_RDONLY, nullptr) != 0) {
-            throw std::runtime_error("remount read-only failed");
-        }
-    }
-
-private:
-    test::TempDir dir_;
-};
+using test::Mount;
 
 mode_t modeOf(const std::string& path) {
     struct stat status {};
@@ -69,33 +46,16 @@ void expectListedAndRestored(const std::string& item, const std::string& content
     EXPECT_EQ(test::readFile(item + "/file"), contents);
 }
 
-// The cases mount, so they only run inside the namespace the outer test made.
-class VolumeTrashInside : public ::testing::Test {
-protected:
-    void SetUp() override {
-        if (!insideNamespace()) GTEST_SKIP();
-    }
-};
+using VolumeTrashInside = test::InsideMountNamespace;
 
 }  // namespace
 
 TEST(VolumeTrash, AllCasesPassInAPrivateMountNamespace) {
-    if (test::runProcess({"unshare", "-m", "--propagation", "private", "true"}).exitCode != 0) {
-        GTEST_SKIP() << "mount namespaces are not available here";
-    }
-    const std::string self = std::filesystem::read_symlink("/proc/self/exe");
-    test::ProcessOptions options;
-    options.environment[insideVariable] = "1";
-    const auto run = test::runProcess(
-        {"unshare", "-m", "--propagation", "private", self, "--gtest_also_run_disabled_tests",
-         "--gtest_filter=VolumeTrashInside.DISABLED_*"},
-        options);
-    EXPECT_EQ(run.exitCode, 0) << run.out << run.err;
-    EXPECT_NE(run.out.find("[  PASSED  ] 5 tests"), std::string::npos) << run.out;
+    test::runInMountNamespace("VolumeTrashInside", 7);
 }
 
 TEST_F(VolumeTrashInside, DISABLED_UsesTrashDashUidCreatedPrivateWithARelativePath) {
-    Volume volume;
+    Mount volume;
     const auto outcome = platform::Trash::moveItem(makeItem(volume / "sub/item", "on the volume"));
     ASSERT_TRUE(outcome.moved) << outcome.reason;
     const std::string trash = volume / (".Trash-" + uid());
@@ -108,7 +68,7 @@ TEST_F(VolumeTrashInside, DISABLED_UsesTrashDashUidCreatedPrivateWithARelativePa
 }
 
 TEST_F(VolumeTrashInside, DISABLED_UsesTheSharedStickyTrashFolder) {
-    Volume volume;
+    Mount volume;
     test::makeFolders(volume / ".Trash");
     ::chmod((volume / ".Trash").c_str(), 01777);
     const auto outcome = platform::Trash::moveItem(makeItem(volume / "item", "shared"));
@@ -119,13 +79,13 @@ TEST_F(VolumeTrashInside, DISABLED_UsesTheSharedStickyTrashFolder) {
 }
 
 TEST_F(VolumeTrashInside, DISABLED_IgnoresASharedTrashThatIsNotStickyOrIsALink) {
-    Volume volume;
+    Mount volume;
     test::makeFolders(volume / ".Trash");
     ::chmod((volume / ".Trash").c_str(), 0777);
     ASSERT_TRUE(platform::Trash::moveItem(makeItem(volume / "first", "1")).moved);
     EXPECT_TRUE(test::exists(volume / (".Trash-" + uid() + "/files/first")));
 
-    Volume linked;
+    Mount linked;
     test::makeFolders(linked / "elsewhere");
     ::chmod((linked / "elsewhere").c_str(), 01777);
     test::makeSymlink(linked / "elsewhere", linked / ".Trash");
@@ -137,7 +97,7 @@ TEST_F(VolumeTrashInside, DISABLED_IgnoresASharedTrashThatIsNotStickyOrIsALink) 
 }
 
 TEST_F(VolumeTrashInside, DISABLED_RefusesOnAReadOnlyVolumeAndNeverCopies) {
-    Volume volume;
+    Mount volume;
     makeItem(volume / "item", "stays");
     volume.makeReadOnly();
     const auto outcome = platform::Trash::moveItem(volume / "item");
@@ -150,19 +110,59 @@ TEST_F(VolumeTrashInside, DISABLED_RefusesOnAReadOnlyVolumeAndNeverCopies) {
 }
 
 TEST_F(VolumeTrashInside, DISABLED_RemovesTheInfoFileWhenTheRenameFails) {
-    Volume volume;
-    makeItem(volume / "busy", "mounted");
-    // A mount point cannot be renamed: the rename fails after the info file was written.
-    ASSERT_EQ(
-        ::mount((volume / "busy").c_str(), (volume / "busy").c_str(), nullptr, MS_BIND, nullptr),
-        0);
-    const auto outcome = platform::Trash::moveItem(volume / "busy");
-    ::umount2((volume / "busy").c_str(), MNT_DETACH);
+    Mount volume;
+    makeItem(volume / "busy", "stays");
+    // A mount point cannot be renamed: one made after the last check fails the rename
+    // after the info file was written.
+    std::optional<Mount> over;
+    const auto outcome = platform::Trash::moveItem(
+        volume / "busy", {std::nullopt, platform::IdentityCheck::sameItem,
+                          [&] { over.emplace(volume / "busy", volume / "busy"); }});
     EXPECT_FALSE(outcome.moved);
     EXPECT_EQ(outcome.reason, "Could not move the item to Trash (Device or resource busy).");
     EXPECT_TRUE(test::exists(volume / (".Trash-" + uid() + "/info")));
     EXPECT_FALSE(test::exists(volume / (".Trash-" + uid() + "/info/busy.trashinfo")));
-    EXPECT_EQ(test::readFile(volume / "busy/file"), "mounted");
+    over.reset();
+    EXPECT_EQ(test::readFile(volume / "busy/file"), "stays");
+}
+
+// Renaming a folder carries what is mounted inside it along, and emptying the Trash would
+// then delete files that were never measured: a tmpfs deep inside, a bind mount of the
+// same file system, or the item itself being a mount point.
+TEST_F(VolumeTrashInside, DISABLED_NeverMovesAnItemThatHoldsAMountAndLeavesNoInfoFile) {
+    test::TempDir dir;
+    const std::string elsewhere = makeItem(dir / "elsewhere", "never measured");
+    const std::string deep = makeItem(dir / "deep", "own");
+    test::makeFolders(deep + "/a/b");
+    const std::string bound = makeItem(dir / "bound", "own");
+    test::makeFolders(bound + "/sub");
+    const std::string itself = makeItem(dir / "itself", "own");
+    Mount tmpfs;
+    Mount deepMount(tmpfs.top(), deep + "/a/b");
+    Mount boundMount(elsewhere, bound + "/sub");
+    Mount itselfMount(elsewhere, itself);
+    for (const auto& item : {deep, bound, itself}) {
+        const auto outcome = platform::Trash::moveItem(item);
+        EXPECT_FALSE(outcome.moved) << item;
+        EXPECT_EQ(outcome.refusal, platform::TrashRefusal::holdsMount);
+        EXPECT_EQ(outcome.reason, platform::holdsMountReason);
+        EXPECT_TRUE(test::exists(item + "/file")) << item;
+    }
+    EXPECT_EQ(test::readFile(elsewhere + "/file"), "never measured");
+    const std::string info = platform::dataHome() + "/Trash/info";
+    EXPECT_TRUE(!test::exists(info) || std::filesystem::is_empty(info));
+}
+
+// A bind mount of the home file system is another mount: a rename cannot leave it, so
+// its items go to its own Trash, where trash-cli finds them.
+TEST_F(VolumeTrashInside, DISABLED_AnItemUnderABindMountOfTheHomeFileSystemUsesThatMountsTrash) {
+    test::TempDir source;
+    test::TempDir target;
+    Mount bind(source.path(), target.path());
+    const auto outcome = platform::Trash::moveItem(makeItem(target / "item", "bound"));
+    ASSERT_TRUE(outcome.moved) << outcome.reason;
+    EXPECT_EQ(outcome.trashedPath, target / (".Trash-" + uid() + "/files/item"));
+    expectListedAndRestored(target / "item", "bound");
 }
 
 }  // namespace veldan

@@ -6,10 +6,12 @@
 
 #include <functional>
 
+#include "platform/MountPoints.hpp"
 #include "recommendations/CleanupExecutor.hpp"
 #include "recommendations/RecommendationBuilder.hpp"
 #include "tests/platform/TrashCli.hpp"
 #include "tests/support/IsolatedHome.hpp"
+#include "tests/support/MountNamespace.hpp"
 #include "tests/support/TempDir.hpp"
 
 namespace veldan {
@@ -95,9 +97,10 @@ TEST_F(TrashCleanup, MovesVerifiedFoldersThatTrashCliListsAndRestoresWhole) {
     expectInPlace("new\nline 'q' $(x)");
 }
 
+// Made again under the old name, the folder usually gets its inode number back.
 TEST_F(TrashCleanup, AFolderReplacedAfterTheScanStaysAndTheOthersMove) {
     const auto recommendation = next({"a", "b"});
-    ASSERT_EQ(::rename((dir / "a/.next").c_str(), (dir / "a/old").c_str()), 0);
+    test::recreateWithSameInode(dir / "a/.next");
     test::makeFolders(dir / "a/.next/cache");
     test::writeFile(dir / "a/.next/cache/data", "generated a");
     const auto result = run(recommendation);
@@ -105,7 +108,6 @@ TEST_F(TrashCleanup, AFolderReplacedAfterTheScanStaysAndTheOthersMove) {
     EXPECT_EQ(result.detail, "Moved 1 of 2 folder(s) to Trash.");
     EXPECT_EQ(result.movedPaths, std::vector<std::string>{dir / "b/.next"});
     expectInPlace("a");
-    EXPECT_TRUE(test::exists(dir / "a/old/cache/data"));
     EXPECT_FALSE(test::exists(dir / "b/.next"));
 }
 
@@ -162,6 +164,30 @@ TEST_F(TrashCleanup, AFolderOrParentSwappedBetweenTheChecksStaysInPlace) {
         EXPECT_FALSE(test::exists(dir / b + "/.next")) << "the other folder still moves";
     }
     EXPECT_TRUE(test::trashListShows(test::trashList(), dir / "b0/.next"));
+}
+
+class TrashCleanupMounts : public TrashCleanup {
+protected:
+    void SetUp() override {
+        if (!test::insideMountNamespace()) GTEST_SKIP();
+    }
+};
+
+TEST(TrashCleanupMount, CasesPassInAPrivateMountNamespace) {
+    test::runInMountNamespace("TrashCleanupMounts", 1);
+}
+
+// Moved, the mount would go along into the Trash, and emptying it would delete files that
+// were never measured; a bind mount of the same file system counts as much as any other.
+TEST_F(TrashCleanupMounts, DISABLED_AFolderWithAMountInsideStaysAndTheOthersMove) {
+    const auto recommendation = next({"a", "b"});
+    test::makeFolders(dir / "data");
+    test::writeFile(dir / "data/file", "never measured");
+    const test::Mount bound(dir / "data", dir / "a/.next/cache");
+    const auto result = run(recommendation);
+    expectOnlyFailure(result, dir / "a/.next", std::string(platform::holdsMountReason));
+    EXPECT_EQ(test::readFile(dir / "a/.next/cache/file"), "never measured");
+    EXPECT_FALSE(test::exists(dir / "b/.next"));
 }
 
 TEST_F(TrashCleanup, TheHomeFolderAndTheRootAreNeverMoved) {

@@ -9,6 +9,8 @@
 #include <stdexcept>
 #include <vector>
 
+#include "tests/support/TempDir.hpp"
+
 namespace veldan::test {
 
 namespace {
@@ -100,6 +102,36 @@ int64_t allocatedBytes(const std::string& path) {
     struct stat status {};
     if (::lstat(path.c_str(), &status) != 0) fail("lstat", path);
     return static_cast<int64_t>(status.st_blocks) * 512;
+}
+
+}  // namespace veldan::test
+
+namespace veldan::test {
+
+bool recreateWithSameInode(const std::string& path) {
+    struct stat before {};
+    if (::lstat(path.c_str(), &before) != 0) fail("lstat", path);
+    removeTree(path);
+    // The file system hands out its lowest free number in the folder's group, which is
+    // normally the one just freed; a number freed meanwhile by someone else is taken by a
+    // placeholder kept aside, so the next try comes closer.
+    std::vector<std::string> aside;
+    bool same = false;
+    for (int attempt = 0; attempt < 64 && !same; ++attempt) {
+        if (::mkdir(path.c_str(), 0755) != 0) fail("mkdir", path);
+        struct stat now {};
+        if (::lstat(path.c_str(), &now) != 0) fail("lstat", path);
+        same = now.st_ino == before.st_ino && now.st_dev == before.st_dev;
+        if (!same) {
+            aside.push_back(path + ".aside" + std::to_string(attempt));
+            if (::rename(path.c_str(), aside.back().c_str()) != 0) fail("rename", path);
+        }
+    }
+    for (const auto& placeholder : aside)
+        removeTree(placeholder);
+    // Someone else took the number: the folder is still replaced, with a new one.
+    if (!same && ::mkdir(path.c_str(), 0755) != 0) fail("mkdir", path);
+    return same;
 }
 
 }  // namespace veldan::test

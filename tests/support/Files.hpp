@@ -19,5 +19,10 @@ void makeHardLink(const std::string& existing, const std::string& link);
 bool exists(const std::string& path);  // lstat succeeds
 // st_blocks x 512 of the path, not following links.
 int64_t allocatedBytes(const std::string& path);
+// Removes the folder `path` with everything in it and makes a new empty folder there that
+// got the same device and inode back, as ext4 hands freed numbers out again at once. False
+// when the file system did not give the number back (tmpfs never does, and another
+// process may take it first); the new folder is there either way.
+bool recreateWithSameInode(const std::string& path);
 
 }  // namespace veldan::test
