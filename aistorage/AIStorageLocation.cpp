@@ -1,5 +1,7 @@
 #include "aistorage/AIStorageLocation.hpp"
 
+#include "platform/Wording.hpp"
+
 namespace veldan {
 
 std::string AIStorageLocation::statusText() const {
@@ -19,9 +21,8 @@ std::string AIStorageLocation::statusText() const {
 std::vector<std::string> AIStorageLocation::notes() const {
     std::vector<std::string> out;
     if (status == AIStorageStatus::linked) {
-        out.emplace_back(
-            "This location is linked to another folder. Reveal it in the file manager to "
-            "review it.");
+        out.push_back(platform::localWording(
+            "This location is linked to another folder. Reveal it in Finder to review it."));
     }
     if (hasExcludedLocations) {
         out.emplace_back("Nested locations are shown separately and excluded from this size.");

@@ -7,9 +7,9 @@
 #include <string>
 #include <vector>
 
-#include "aistorage/AIStorageFingerprint.hpp"
 #include "aistorage/AIStorageKind.hpp"
 #include "aistorage/AIStorageStatus.hpp"
+#include "platform/ItemIdentity.hpp"
 
 namespace veldan {
 
@@ -22,8 +22,9 @@ struct AIStorageLocation {
     bool isCustom = false;
     bool isLinkedPath = false;  // the path or a folder above it is a symbolic link
     bool cleanable = false;
-    // The folder as measured; nothing unless a folder was measured.
-    std::optional<AIStorageFingerprint> fingerprint;
+    // The folder as measured (device, inode and birth time tell it apart from a folder
+    // created later under the same name); nothing unless a folder was measured.
+    std::optional<platform::ItemIdentity> fingerprint;
     bool hasExcludedLocations = false;    // nested locations were measured separately
     bool overlapsCustomLocation = false;  // lies inside or contains a folder the user added
 

@@ -239,9 +239,7 @@ bool AIStorageScanner::stillMatches(const AIStorageLocation& location) {
     // Links are followed here on purpose: a folder moved away and linked back is still the
     // measured folder, and the executor's own link check then names what happened.
     const auto status = platform::statPath(platform::standardizePath(location.path), true);
-    if (!status || !status->isDirectory()) return false;
-    return AIStorageFingerprint{status->device, status->inode, status->created.seconds,
-                                status->created.nanoseconds} == *location.fingerprint;
+    return status && status->isDirectory() && location.fingerprint->isSameItem(*status);
 }
 
 }  // namespace veldan

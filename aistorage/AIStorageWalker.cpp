@@ -64,8 +64,8 @@ bool AIStorageWalker::measure(AIStorageLocation& location,
     // Opened one component at a time without following links: a folder on the way that
     // became a link since the check above is still never followed.
     platform::UniqueFd root = platform::openDirectoryWithoutLinks(location.path, error);
-    const auto fingerprint = root ? AIStorageFingerprint::ofDescriptor(root.get()) : std::nullopt;
-    if (!fingerprint) {
+    const auto rootStatus = root ? platform::statDescriptor(root.get(), error) : std::nullopt;
+    if (!rootStatus) {
         if (error == ELOOP || error == ENOTDIR) {
             location.status = AIStorageStatus::linked;
             location.isLinkedPath = true;
@@ -75,10 +75,10 @@ bool AIStorageWalker::measure(AIStorageLocation& location,
         }
         return true;
     }
-    location.fingerprint = fingerprint;
+    location.fingerprint = platform::ItemIdentity::of(*rootStatus);
     path_ = location.path;
-    device_ = fingerprint->device;
-    const FolderIdentity identity{fingerprint->device, fingerprint->inode};
+    device_ = rootStatus->device;
+    const FolderIdentity identity{rootStatus->device, rootStatus->inode};
     seenFolders_.insert(identity);
     const bool finished = walk(std::move(root), identity, location.bytes, excluded);
     const int64_t pending = std::exchange(pendingEntries_, 0);

@@ -13,7 +13,8 @@ std::shared_ptr<const ScanOutcome> ScanJob::run(const std::string& path,
                                                 const ScanJobOptions& options) {
     const DiskScanner scanner(ScanSettings::current(),
                               options.reuseWithinSession ? &ScanSessionCache::shared() : nullptr);
-    auto scanned = scanner.scan(path, cancellation, options.progress, options.partial);
+    auto scanned =
+        scanner.scan(path, cancellation, options.progress, options.partial, options.stopped);
     std::shared_ptr<const ScanOutcome> outcome;
     if (scanned) outcome = std::make_shared<const ScanOutcome>(std::move(*scanned));
     if (options.useSavedMaps) {

@@ -22,6 +22,7 @@ namespace veldan {
 struct ScanJobOptions {
     ScanProgress progress;
     ScanPartial partial;
+    ScanStopped stopped;
     bool useSavedMaps = true;  // false: neither save the map nor mark the saved one outdated
     // Whether the scan goes through the session cache, which watches the scanned tree so a
     // later scan in the same process can reuse the map. A command that scans once and

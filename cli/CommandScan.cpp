@@ -8,12 +8,17 @@
 #include "cli/ProgressLine.hpp"
 #include "cli/Terminal.hpp"
 #include "platform/BackgroundWorkActivity.hpp"
+#include "platform/FileStatus.hpp"
 #include "platform/Paths.hpp"
 #include "recommendations/RecommendationBuilder.hpp"
 #include "scan/DiskScanner.hpp"
 #include "scan/ScanFolderIdentity.hpp"
 
 namespace veldan::cli {
+
+std::string commandScope(const std::string& path) {
+    return platform::absolutePath(path);
+}
 
 std::string commandRoot(const std::string& path) {
     return platform::resolveSymlinks(platform::absolutePath(path));
@@ -33,7 +38,8 @@ std::shared_ptr<const ScanOutcome> scanForCommand(const std::string& root, ScanJ
     platform::BackgroundWorkActivity busy;
     busy.update(true);
     ProgressLine progressLine;
-    const auto identity = ScanFolderIdentity::read(root);
+    // The folder itself, also when `root` names it through a symbolic link.
+    const auto identity = ScanFolderIdentity::read(platform::resolveSymlinks(root));
     ScanRecording recording(root);
     job.reuseWithinSession = false;  // one scan per process: nothing to reuse
     job.progress = [&progressLine, &recording, also = std::move(job.progress)](
@@ -46,7 +52,7 @@ std::shared_ptr<const ScanOutcome> scanForCommand(const std::string& root, ScanJ
     progressLine.clear();
     // Only a folder replaced during the scan makes the map unusable: Veldan's own state
     // and cache folders may appear inside the scanned one (the home folder) meanwhile.
-    const auto now = ScanFolderIdentity::read(root);
+    const auto now = ScanFolderIdentity::read(platform::resolveSymlinks(root));
     const bool replaced =
         !identity || !now || now->device != identity->device || now->inode != identity->inode;
     if (!outcome) {

@@ -12,8 +12,13 @@
 
 namespace veldan::cli {
 
-// The folder a command works on: absolute, with symbolic links resolved, so that what it
-// measures, saves and cleans is named by the path that the checks before a move see.
+// The folder a command maps, as the user named it: absolute and standardized, links kept.
+// A folder named through a symbolic link is measured, saved and reported under that name;
+// the saved map keeps the resolved path beside it.
+std::string commandScope(const std::string& path);
+
+// The folder a command that moves files works on: absolute, with symbolic links resolved,
+// so that what it cleans is named by the path that the checks before a move see.
 std::string commandRoot(const std::string& path);
 
 // True, after printing why as one sentence, when `root` cannot be scanned (missing, not

@@ -1,5 +1,7 @@
 #include "cli/JsonWriter.hpp"
 
+#include <charconv>
+
 #include "cli/JsonText.hpp"
 
 namespace veldan::cli {
@@ -64,7 +66,9 @@ void JsonWriter::value(std::string_view text) {
 
 void JsonWriter::value(int64_t number) {
     separate();
-    buffer_ += std::to_string(number);
+    char digits[24];
+    const auto end = std::to_chars(digits, digits + sizeof digits, number).ptr;
+    buffer_.append(digits, end);
 }
 
 void JsonWriter::value(bool flag) {

@@ -23,6 +23,16 @@ public:
     void beginArray();
     void endArray();
     void key(std::string_view name);
+    // A key written in the source: plain ASCII that needs no escaping, so it is copied as
+    // it stands (a snapshot writes nine per node).
+    template <size_t N>
+    void key(const char (&name)[N]) {
+        separate();
+        buffer_ += '"';
+        buffer_.append(name, N - 1);
+        buffer_ += "\":";
+        afterKey_ = true;
+    }
     void value(std::string_view text);
     void value(const char* text) { value(std::string_view(text)); }
     void value(int64_t number);
@@ -35,7 +45,7 @@ private:
 
     FILE* out_;
     std::string buffer_;
-    std::vector<bool> first_;  // per open container: nothing written in it yet
+    std::vector<unsigned char> first_;  // per open container: nothing written in it yet
     bool afterKey_ = false;
     bool failed_ = false;
 };

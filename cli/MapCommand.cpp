@@ -145,15 +145,16 @@ int runMap(const MapOptions& options) {
     }
     const auto size = parseSize(options.size);
     if (!size) {
-        return fail("The picture size must be WIDTHxHEIGHT with whole numbers from " +
-                    std::to_string(smallestSide) + " to " + std::to_string(largestSide) +
-                    ", such as 1200x800.");
+        // A size out of range is a mistyped argument like any other, not a failed map.
+        std::cerr << "veldan: The picture size must be WIDTHxHEIGHT with whole numbers from "
+                  << smallestSide << " to " << largestSide << ", such as 1200x800.\n";
+        return exitUsage;
     }
     for (const auto* file : {&options.svgFile, &options.pngFile}) {
         if (file->empty()) continue;
         if (auto problem = outputProblem(*file)) return fail(*problem);
     }
-    const std::string root = commandRoot(options.path);
+    const std::string root = commandScope(options.path);
     if (reportRootProblem(root)) return exitFailure;
 
     const auto outcome = scanForCommand(root, {});

@@ -6,6 +6,7 @@
 #include "app/ScanJob.hpp"
 #include "cli/CommandRegistry.hpp"
 #include "cli/CommandScan.hpp"
+#include "cli/RebasedSnapshot.hpp"
 #include "cli/SavedMap.hpp"
 #include "cli/Terminal.hpp"
 #include "platform/Paths.hpp"
@@ -33,10 +34,14 @@ std::optional<ScanSnapshot> snapshotOf(const std::string& root, bool fromSavedMa
 
 std::variant<ScannedRecommendations, int> scanForRecommendations(
     const std::string& path, const std::vector<std::string>& ids, bool fromSavedMap) {
-    const std::string root = commandRoot(path);
+    // Measured and saved under the name given, like `veldan scan`; recommended and cleaned
+    // under the resolved path, which is what the checks before each move compare.
+    const std::string scope = commandScope(path);
     int status = exitFailure;
-    auto snapshot = snapshotOf(root, fromSavedMap, status);
+    auto snapshot = snapshotOf(scope, fromSavedMap, status);
     if (!snapshot) return status;
+    const std::string root = commandRoot(scope);
+    if (root != scope) *snapshot = rebasedSnapshot(std::move(*snapshot), scope, root);
     ScannedRecommendations scanned{root, std::move(*snapshot), {}};
     auto all = RecommendationBuilder::build(root, scanned.snapshot);
     if (ids.empty()) {

@@ -107,8 +107,9 @@ int reportSaved(const std::string& root, const Destination& destination) {
 
 int reportFresh(const std::string& root, const ReportOptions& options,
                 const Destination& destination) {
-    std::mutex mutex;  // guards the three below, written from the scan's threads
+    std::mutex mutex;  // guards the four below, written from the scan's threads
     std::optional<DiskNode> latestPartial;
+    std::vector<LargeFile> largestFiles;
     int64_t folders = 0;
     int64_t files = 0;
     ScanJobOptions job;
@@ -121,6 +122,10 @@ int reportFresh(const std::string& root, const ReportOptions& options,
     job.partial = [&](const DiskNode& partialRoot) {
         std::unique_lock lock(mutex);
         latestPartial = partialRoot;
+    };
+    job.stopped = [&](const std::vector<LargeFile>& measured) {
+        std::unique_lock lock(mutex);
+        largestFiles = measured;
     };
     // Read first: a stopped scan's report says what was free when it started.
     const auto volumeAtStart = VolumeSpace::read(root);
@@ -147,15 +152,16 @@ int reportFresh(const std::string& root, const ReportOptions& options,
         partialRoot.isDirectory = true;
         partialRoot.isPartial = true;
     }
-    const std::string report = ScanReportBuilder::buildPartial(
-        root, partialRoot, volumeAtStart, {}, folders, files, false, styleFor(destination));
+    const std::string report =
+        ScanReportBuilder::buildPartial(root, partialRoot, volumeAtStart, largestFiles, folders,
+                                        files, false, styleFor(destination));
     std::cerr << "Scan stopped before it finished; the report covers what was measured.\n";
     const int written = writeReport(destination, ScanReportBuilder::partialFileName, report);
     return written == exitSuccess ? exitInterrupted : written;
 }
 
 int runReport(const ReportOptions& options) {
-    const std::string root = commandRoot(options.path);
+    const std::string root = commandScope(options.path);
     if (reportRootProblem(root)) return exitFailure;
     auto destination = destinationFor(options.output);
     if (!destination) return exitFailure;

@@ -26,7 +26,7 @@ struct ScanOptions {
 };
 
 int runScan(const ScanOptions& options) {
-    const std::string root = commandRoot(options.path);
+    const std::string root = commandScope(options.path);
     if (reportRootProblem(root)) return exitFailure;
     ScanJobOptions job;
     job.useSavedMaps = !options.noCache;

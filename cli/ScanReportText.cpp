@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "cli/NumberText.hpp"
+#include "platform/Paths.hpp"
 #include "scan/OpaqueFolderPolicy.hpp"
 #include "scan/ScanIssueReason.hpp"
 #include "scan/SizeText.hpp"
@@ -61,7 +62,12 @@ std::string padRight(const std::string& text, size_t width) {
 
 void writeScanHeader(std::ostream& out, const std::string& scope, const ScanSnapshot& snapshot,
                      const Style& style) {
-    out << style.bold("Scope") << "   " << Terminal::display(scope) << '\n';
+    out << style.bold("Scope") << "   " << Terminal::display(scope);
+    // A folder named through a link keeps its name; where it leads is shown beside it.
+    if (const std::string resolved = platform::resolveSymlinks(scope); resolved != scope) {
+        out << " \u2192 " << Terminal::display(resolved);
+    }
+    out << '\n';
     out << style.bold("Mapped") << "  " << SizeText::string(snapshot.root.bytes) << " in "
         << groupedNumber(snapshot.visitedFolderCount) << " folders and "
         << groupedNumber(snapshot.visitedFileCount) << " files\n";

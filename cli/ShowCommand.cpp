@@ -27,7 +27,7 @@ struct ShowOptions {
 };
 
 int runShow(const ShowOptions& options) {
-    const std::string root = commandRoot(options.path);
+    const std::string root = commandScope(options.path);
     auto snapshot = loadSavedMap(root);
     if (!snapshot) return exitFailure;
     const bool needsRefresh = ScanCache::shared().needsRefresh(*snapshot, root);

@@ -1,16 +1,33 @@
 // The `veldan` command: maps where space goes and helps reclaim it safely.
 
 #include <malloc.h>
+#include <poll.h>
+#include <unistd.h>
 #include <CLI/CLI.hpp>
 
+#include <csignal>
 #include <cstdio>
 #include <iostream>
 #include <map>
 
 #include "cli/CommandRegistry.hpp"
 
+namespace {
+
+// Whether standard output is a pipe whose reader has gone (`veldan scan | head -1`).
+bool outputClosed() {
+    pollfd output{STDOUT_FILENO, POLLOUT, 0};
+    return ::poll(&output, 1, 0) == 1 && (output.revents & POLLERR) != 0;
+}
+
+}  // namespace
+
 int main(int argc, char** argv) {
     using namespace veldan::cli;
+    // A reader that stops early must not kill the process halfway through writing its saved
+    // map: writes to the closed pipe fail instead, the command finishes what it saves, and
+    // only then ends the way a pipeline expects of it (by SIGPIPE, status 141).
+    std::signal(SIGPIPE, SIG_IGN);
     // A map is built from hundreds of thousands of small allocations on four threads;
     // growing each heap in large steps spares thousands of mprotect calls per scan.
     // Untouched padding costs address space, not memory.
@@ -42,7 +59,13 @@ int main(int argc, char** argv) {
     }
     for (auto* sub : app.get_subcommands()) {
         auto found = runners.find(sub);
-        if (found != runners.end()) return found->second();
+        if (found == runners.end()) continue;
+        const int status = found->second();
+        if (status != exitSuccess && outputClosed()) {
+            std::signal(SIGPIPE, SIG_DFL);
+            std::raise(SIGPIPE);
+        }
+        return status;
     }
     return exitUsage;
 }

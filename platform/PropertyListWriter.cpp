@@ -20,8 +20,10 @@ constexpr size_t maximumSharedBytes = 40;
 constexpr int64_t referenceDateMicroseconds = 978'307'200LL * 1'000'000;
 
 void appendBigEndian(std::string& out, uint64_t value, unsigned bytes) {
-    for (unsigned i = bytes; i-- > 0;)
-        out += static_cast<char>((value >> (8 * i)) & 0xFF);
+    char digits[8];
+    for (unsigned i = 0; i < bytes; ++i)
+        digits[i] = static_cast<char>((value >> (8 * (bytes - 1 - i))) & 0xFF);
+    out.append(digits, bytes);
 }
 
 // The smallest of 1, 2, 4 or 8 bytes that holds `value`.
@@ -50,16 +52,30 @@ void appendHeader(std::string& out, uint8_t type, uint64_t count) {
     }
 }
 
-size_t headerBytes(uint64_t count) {
-    if (count < 15) return 1;
-    return 2 + byteWidth(count);
-}
-
 bool isAscii(std::string_view text) {
-    for (unsigned char c : text) {
-        if (c >= 0x80) return false;
+    // Eight bytes at a time: a saved map is mostly long ASCII paths.
+    size_t at = 0;
+    for (; at + 8 <= text.size(); at += 8) {
+        uint64_t word = 0;
+        std::memcpy(&word, text.data() + at, 8);
+        if (word & 0x8080808080808080ULL) return false;
+    }
+    for (; at < text.size(); ++at) {
+        if (static_cast<unsigned char>(text[at]) >= 0x80) return false;
     }
     return true;
+}
+
+void appendRefs(std::string& out, std::span<const uint32_t> refs) {
+    const size_t start = out.size();
+    out.resize(start + refs.size() * 4);
+    char* at = out.data() + start;
+    for (uint32_t ref : refs) {
+        const uint32_t bigEndian =
+            std::endian::native == std::endian::big ? ref : __builtin_bswap32(ref);
+        std::memcpy(at, &bigEndian, 4);
+        at += 4;
+    }
 }
 
 // UTF-8 (well-formed, as encodePropertyListText makes it) to UTF-16 big-endian code units.
@@ -124,14 +140,10 @@ PropertyListWriter::Ref PropertyListWriter::record(std::string_view encoded) {
 PropertyListWriter::Ref PropertyListWriter::addScalar(std::string_view encoded) {
     // Keys, categories, flags and small numbers repeat in every record and are shared;
     // paths are unique, so remembering them would only cost memory.
-    const bool shareable = encoded.size() <= maximumSharedBytes;
-    if (shareable) {
-        if (auto found = shared_.find(std::string(encoded)); found != shared_.end()) {
-            return found->second;
-        }
-    }
+    if (encoded.size() > maximumSharedBytes) return record(encoded);
+    if (auto found = shared_.find(encoded); found != shared_.end()) return found->second;
     const Ref ref = record(encoded);
-    if (shareable) shared_.emplace(std::string(encoded), ref);
+    shared_.emplace(std::string(encoded), ref);
     return ref;
 }
 
@@ -142,23 +154,27 @@ PropertyListWriter::Ref PropertyListWriter::addContainer(uint8_t marker, std::sp
         const char empty = static_cast<char>(marker);
         return addScalar(std::string_view(&empty, 1));
     }
-    std::string encoded;
-    encoded.reserve(16 + (first.size() + second.size()) * refSize);
-    appendHeader(encoded, marker, first.size());
-    for (Ref ref : first) {
+    for (Ref ref : first)
         checkRef(ref);
-        appendBigEndian(encoded, ref, refSize);
-    }
-    for (Ref ref : second) {
+    for (Ref ref : second)
         checkRef(ref);
-        appendBigEndian(encoded, ref, refSize);
-    }
-    return record(encoded);
+    static_assert(refSize == 4);
+    scratch_.clear();
+    appendHeader(scratch_, marker, first.size());
+    appendRefs(scratch_, first);
+    appendRefs(scratch_, second);
+    return record(scratch_);
 }
 
 PropertyListWriter::Ref PropertyListWriter::string(std::string_view bytes) {
-    const std::string text = encodePropertyListText(bytes);
     scratch_.clear();
+    if (isAscii(bytes)) {
+        // ASCII needs no re-encoding; nearly every name and path is ASCII.
+        appendHeader(scratch_, 0x50, bytes.size());
+        scratch_.append(bytes);
+        return addScalar(scratch_);
+    }
+    const std::string text = encodePropertyListText(bytes);
     if (isAscii(text)) {
         appendHeader(scratch_, 0x50, text.size());
         scratch_ += text;
@@ -179,7 +195,10 @@ PropertyListWriter::Ref PropertyListWriter::integer(int64_t value) {
 }
 
 PropertyListWriter::Ref PropertyListWriter::boolean(bool value) {
-    return addScalar(value ? std::string_view("\x09", 1) : std::string_view("\x08", 1));
+    auto& known = booleans_[value ? 1 : 0];
+    if (!known)
+        known = addScalar(value ? std::string_view("\x09", 1) : std::string_view("\x08", 1));
+    return *known;
 }
 
 PropertyListWriter::Ref PropertyListWriter::date(std::chrono::system_clock::time_point time) {

@@ -80,11 +80,19 @@ private:
     Sink sink_;  // empty: the document stays in `pending_`
     size_t maximumBytes_ = SIZE_MAX;
     WriteResult state_ = WriteResult::written;
-    uint64_t written_ = 0;                         // bytes handed to the sink so far
-    std::string pending_;                          // encoded bytes not yet handed on
-    std::string scratch_;                          // the encoding of the value being added
-    std::vector<uint64_t> offsets_;                // where each value starts, in reference order
-    std::unordered_map<std::string, Ref> shared_;  // short scalars already written
+    uint64_t written_ = 0;           // bytes handed to the sink so far
+    std::string pending_;            // encoded bytes not yet handed on
+    std::string scratch_;            // the encoding of the value being added
+    std::vector<uint64_t> offsets_;  // where each value starts, in reference order
+    // Short scalars already written, looked up without copying the candidate.
+    struct TextHash {
+        using is_transparent = void;
+        size_t operator()(std::string_view text) const noexcept {
+            return std::hash<std::string_view>{}(text);
+        }
+    };
+    std::unordered_map<std::string, Ref, TextHash, std::equal_to<>> shared_;
+    std::optional<Ref> booleans_[2];  // false and true: every record of a map has three
 };
 
 }  // namespace veldan::platform

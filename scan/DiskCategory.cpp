@@ -1,5 +1,8 @@
 #include "scan/DiskCategory.hpp"
 
+#include <array>
+#include <cstdint>
+
 #include "platform/Paths.hpp"
 
 namespace veldan {
@@ -37,6 +40,25 @@ constexpr NamedFlag namedFlags[] = {
 };
 
 constexpr size_t longestName = 17;  // "com.docker.docker"
+
+constexpr char lowered(char c) {
+    return (c >= 'A' && c <= 'Z') ? static_cast<char>(c - 'A' + 'a') : c;
+}
+
+// The lengths and first letters of the rule names: almost every name a scan meets is
+// ruled out by these two looks alone.
+constexpr uint32_t ruleLengths = [] {
+    uint32_t lengths = 0;
+    for (const auto& entry : namedFlags)
+        lengths |= uint32_t{1} << entry.name.size();
+    return lengths;
+}();
+constexpr auto ruleInitials = [] {
+    std::array<bool, 256> initials{};
+    for (const auto& entry : namedFlags)
+        initials[static_cast<unsigned char>(entry.name.front())] = true;
+    return initials;
+}();
 
 }  // namespace
 
@@ -90,13 +112,14 @@ std::optional<DiskCategory> diskCategoryFromRawValue(std::string_view raw) {
 CategoryFlags categoryFlags(std::string_view component) {
     // Every rule name is short ASCII; longer components can never match, which keeps
     // this cheap for the millions of names a scan classifies.
-    if (component.size() > longestName || component.size() < 3) return 0;
-    char lowered[longestName];
-    for (size_t i = 0; i < component.size(); ++i) {
-        const char c = component[i];
-        lowered[i] = (c >= 'A' && c <= 'Z') ? static_cast<char>(c - 'A' + 'a') : c;
+    if (component.size() > longestName || !(ruleLengths >> component.size() & 1) ||
+        !ruleInitials[static_cast<unsigned char>(lowered(component.front()))]) {
+        return 0;
     }
-    const std::string_view name(lowered, component.size());
+    char lowerCase[longestName];
+    for (size_t i = 0; i < component.size(); ++i)
+        lowerCase[i] = lowered(component[i]);
+    const std::string_view name(lowerCase, component.size());
     for (const auto& entry : namedFlags) {
         if (entry.name == name) return entry.flag;
     }

@@ -5,12 +5,12 @@
 #include <system_error>
 #include <thread>
 
-#include "platform/DirectoryReader.hpp"
 #include "platform/FileStatus.hpp"
 #include "platform/Paths.hpp"
 #include "platform/UniqueFd.hpp"
 #include "scan/ClonedFileSpace.hpp"
 #include "scan/EntryOrder.hpp"
+#include "scan/FolderSharing.hpp"
 #include "scan/ParallelRootState.hpp"
 #include "scan/ScanContext.hpp"
 #include "scan/ScanIssueReason.hpp"
@@ -29,27 +29,32 @@ struct DiskScanner::Walk {
 
 namespace {
 
+static_assert(DiskScanner::maximumWorkers == ParallelRootState::maximumWorkers);
+
 // A finished child of a stopped scan, taken as it is. Only what its kept nodes show is
 // known again: tracked and recommended folders among them are rediscovered, and the
 // folders and files they show stand in for the visit counts.
-ParallelChildResult reuse(const DiskNode& node, ScanContext& context) {
+ParallelChildResult reuse(const DiskNode& node, ScanContext& context, ParallelRootState& state) {
     ParallelChildResult result;
     result.node = node;
     result.bytes = node.bytes;
+    int64_t folders = 0;
+    int64_t files = 0;
     std::vector<const DiskNode*> stack{&node};
     while (!stack.empty()) {
         const DiskNode* current = stack.back();
         stack.pop_back();
         if (current->isSummary) continue;
         if (!current->isDirectory) {
-            ++result.files;
+            ++files;
             continue;
         }
-        ++result.folders;
+        ++folders;
         context.discover(current->path, current->name, current->bytes);
         for (const auto& child : current->children)
             stack.push_back(&child);
     }
+    state.addCounts(folders, files);
     return result;
 }
 
@@ -58,30 +63,6 @@ CategoryFlags pathFlags(const std::string& path) {
     for (auto component : platform::pathComponents(path))
         flags |= categoryFlags(component);
     return flags;
-}
-
-// Lists the root's entries with their status; failures become issues.
-std::vector<ScanEntry> listRoot(int fd, ScanContext& context) {
-    std::vector<ScanEntry> entries;
-    std::vector<char> buffer;
-    platform::DirectoryReader reader(fd, buffer);
-    platform::DirectoryEntryView entry;
-    while (reader.next(entry)) {
-        const std::string name(entry.name, entry.length);
-        const std::string path = platform::joinPath(context.rootPath(), name);
-        if (context.isStartupAlias(path)) continue;
-        int error = 0;
-        auto status = platform::statAt(fd, entry.name, false, error, platform::StatDetail::sizes);
-        if (!status) {
-            context.issues().record(path, ScanIssueReason::forErrno(error));
-            continue;
-        }
-        entries.push_back(ScanEntry{name, *status});
-    }
-    if (reader.error() != 0) {
-        context.issues().record(context.rootPath(), ScanIssueReason::forErrno(reader.error()));
-    }
-    return entries;
 }
 
 }  // namespace
@@ -140,34 +121,46 @@ std::optional<int64_t> DiskScanner::allocatedBytes(const std::string& path,
     return ClonedFileSpace::diskShare(path, *bytes);
 }
 
-std::optional<DiskScanner::Walk> DiskScanner::walk(
-    const std::string& root, const ScanCancellation& cancellation, const ScanProgress& progress,
-    const ScanPartial& partial, const std::map<std::string, DiskNode>& reusable) const {
+std::optional<DiskScanner::Walk> DiskScanner::walk(const std::string& root,
+                                                   const ScanCancellation& cancellation,
+                                                   const ScanProgress& progress,
+                                                   const ScanPartial& partial,
+                                                   const std::map<std::string, DiskNode>& reusable,
+                                                   const ScanStopped& stopped) const {
     ScanContext context(root, settings_, allowedDevices(root), cancellation);
+    FolderSharing sharing;
+    ParallelRootState state(root, progress, partial, cancellation);
+    const CategoryFlags rootFlags = pathFlags(root);
+
+    // The caller's thread lists the folder itself, measuring its files on the way with
+    // progress shown, then works as the first of the workers.
+    ParallelRootState::Reporter firstReporter(state, 0);
+    SubtreeWalker firstWalker(context, firstReporter, sharing);
     int error = 0;
     platform::UniqueFd rootFd = platform::openDirectory(root, error);
-    std::vector<ScanEntry> entries;
-    if (!rootFd) {
+    std::optional<platform::FileStatus> rootStatus;
+    if (rootFd) rootStatus = platform::statDescriptor(rootFd.get(), error);
+    std::vector<ScanEntry> subfolders;
+    if (!rootStatus) {
         context.issues().record(root, ScanIssueReason::forErrno(error));
     } else {
-        if (auto status = platform::statDescriptor(rootFd.get(), error)) {
-            context.claimFolder({status->device, status->inode});
-        }
-        entries = prioritizedEntries(root, listRoot(rootFd.get(), context));
+        const FolderIdentity identity{rootStatus->device, rootStatus->inode};
+        context.claimFolder(identity);
+        firstReporter.listing();
+        auto listing = firstWalker.listRoot(rootFd.get(), root, rootFlags, identity);
+        subfolders = std::move(listing.subfolders);
+        state.finishListing(std::move(listing.files), listing.bytes, subfolders.size());
     }
 
-    ParallelRootState state(root, entries.size(), progress, partial, cancellation);
-    const CategoryFlags rootFlags = pathFlags(root);
-    auto work = [&] {
-        ParallelRootState::Reporter reporter(state);
-        SubtreeWalker walker(context, reporter);
+    auto work = [&](size_t worker, ParallelRootState::Reporter& reporter, SubtreeWalker& walker) {
+        sharing.join();
         while (auto index = state.takeNext()) {
             if (cancellation.cancelled()) break;
-            const ScanEntry& entry = entries[*index];
+            const ScanEntry& entry = subfolders[*index];
             const std::string path = platform::joinPath(root, entry.name);
             ParallelChildResult result;
             if (auto kept = reusable.find(path); kept != reusable.end()) {
-                result = reuse(kept->second, context);
+                result = reuse(kept->second, context, state);
             } else {
                 reporter.setIndex(*index);
                 try {
@@ -184,25 +177,41 @@ std::optional<DiskScanner::Walk> DiskScanner::walk(
                 context.issues().record(path, ScanIssueReason::couldNotMeasure);
             }
         }
+        // Out of entries of its own: helps inside those still being walked.
+        walker.help();
+        state.settleCounts(worker, walker.folders(), walker.files());
     };
-    const size_t workerCount = std::min(entries.size(), maximumWorkers);
+    // Every worker is started whenever there is a subfolder: those without an entry of
+    // their own help inside the large ones.
+    const size_t workerCount = subfolders.empty() ? 0 : context.workerBudget();
     std::vector<std::thread> workers;
     for (size_t i = 1; i < workerCount; ++i) {
         try {
-            workers.emplace_back(work);
+            workers.emplace_back([&, i] {
+                ParallelRootState::Reporter reporter(state, i);
+                SubtreeWalker walker(context, reporter, sharing);
+                work(i, reporter, walker);
+            });
         } catch (const std::system_error&) {
             break;  // fewer threads are slower, not wrong: the hand-out is dynamic
         }
     }
-    if (workerCount > 0) work();
+    if (workerCount > 0) {
+        work(0, firstReporter, firstWalker);
+    } else {
+        state.settleCounts(0, firstWalker.folders(), firstWalker.files());
+    }
     for (auto& worker : workers)
         worker.join();
     state.close();
-    if (cancellation.cancelled()) return std::nullopt;
+    if (cancellation.cancelled()) {
+        if (stopped) stopped(context.largestFiles().files());
+        return std::nullopt;
+    }
 
     Walk result;
     result.root = state.takeRoot();
-    result.folders = state.totalFolders() + (rootFd ? 1 : 0);
+    result.folders = state.totalFolders() + (rootStatus ? 1 : 0);
     result.files = state.totalFiles();
     result.issues = context.issues().totals();
     result.largestFiles = context.largestFiles().files();
@@ -213,9 +222,9 @@ std::optional<DiskScanner::Walk> DiskScanner::walk(
 std::optional<ScanOutcome> DiskScanner::walkOutcome(
     const std::string& root, const ScanCancellation& cancellation, const ScanProgress& progress,
     const ScanPartial& partial, const std::map<std::string, DiskNode>& reusable,
-    const std::vector<LargeFile>& carriedLargestFiles) const {
+    const std::vector<LargeFile>& carriedLargestFiles, const ScanStopped& stopped) const {
     const auto volume = VolumeSpace::read(root);
-    auto walked = walk(root, cancellation, progress, partial, reusable);
+    auto walked = walk(root, cancellation, progress, partial, reusable, stopped);
     if (!walked) return std::nullopt;
 
     ScanSnapshot snapshot;
@@ -243,7 +252,8 @@ std::optional<ScanOutcome> DiskScanner::walkOutcome(
 std::optional<ScanOutcome> DiskScanner::scan(const std::string& path,
                                              const ScanCancellation& cancellation,
                                              const ScanProgress& progress,
-                                             const ScanPartial& partial) const {
+                                             const ScanPartial& partial,
+                                             const ScanStopped& stopped) const {
     const std::string root = platform::absolutePath(path);
     std::unique_ptr<ScanReuse::Lease> lease;
     if (reuse_) {
@@ -256,7 +266,7 @@ std::optional<ScanOutcome> DiskScanner::scan(const std::string& path,
         }
         lease = std::move(prepared.lease);
     }
-    auto outcome = walkOutcome(root, cancellation, progress, partial, {}, {});
+    auto outcome = walkOutcome(root, cancellation, progress, partial, {}, {}, stopped);
     if (outcome && lease) lease->store(outcome->snapshot);
     return outcome;
 }

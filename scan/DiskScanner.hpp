@@ -3,9 +3,12 @@
 // sizes and a ScanSnapshot.
 //
 // Protocol:
-//  - The root is listed once; its entries are ordered (EntryOrder) and handed out one at
-//    a time to up to four workers (dynamic hand-out, no static split). Each worker walks
-//    its entry with a SubtreeWalker and hands the result to ParallelRootState.
+//  - The root is listed once on the caller's thread, which measures its files on the way
+//    (with progress, so a folder of a million files shows it is alive). Its subfolders
+//    are ordered (EntryOrder) and handed out one at a time to four workers (dynamic
+//    hand-out, no static split). Each worker walks its entry with a SubtreeWalker and
+//    hands the result to ParallelRootState; workers out of entries help inside the ones
+//    still under way (FolderSharing), which leaves every result unchanged.
 //  - The walk never leaves the allowed devices, enters each folder (device, inode) once,
 //    charges each hard-linked inode once, and never follows a symbolic link.
 //  - Progress goes out at most every 0.25 s; partial roots, when asked for, at most every
@@ -43,11 +46,13 @@ public:
     // or empty when it can.
     static std::optional<std::string> rootProblem(const std::string& path);
 
-    // Scans `path` (made absolute and standardized). Returns nothing when cancelled. With
-    // a reuse hook, an unchanged earlier snapshot of the same folder is returned at once.
+    // Scans `path` (made absolute and standardized). Returns nothing when cancelled, after
+    // handing `stopped` the largest files measured until then. With a reuse hook, an
+    // unchanged earlier snapshot of the same folder is returned at once.
     std::optional<ScanOutcome> scan(const std::string& path, const ScanCancellation& cancellation,
                                     const ScanProgress& progress = {},
-                                    const ScanPartial& partial = {}) const;
+                                    const ScanPartial& partial = {},
+                                    const ScanStopped& stopped = {}) const;
 
     // Measures one folder by itself; nothing when cancelled.
     std::optional<SubtreeScan> scanSubtree(const std::string& path,
@@ -80,12 +85,14 @@ private:
     struct Walk;
     std::optional<Walk> walk(const std::string& root, const ScanCancellation& cancellation,
                              const ScanProgress& progress, const ScanPartial& partial,
-                             const std::map<std::string, DiskNode>& reusable) const;
+                             const std::map<std::string, DiskNode>& reusable,
+                             const ScanStopped& stopped = {}) const;
     std::optional<ScanOutcome> walkOutcome(const std::string& root,
                                            const ScanCancellation& cancellation,
                                            const ScanProgress& progress, const ScanPartial& partial,
                                            const std::map<std::string, DiskNode>& reusable,
-                                           const std::vector<LargeFile>& carriedLargestFiles) const;
+                                           const std::vector<LargeFile>& carriedLargestFiles,
+                                           const ScanStopped& stopped = {}) const;
 
     ScanSettings settings_;
     ScanReuse* reuse_;

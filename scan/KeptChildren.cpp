@@ -1,6 +1,8 @@
 #include "scan/KeptChildren.hpp"
 
 #include <algorithm>
+#include <cstdint>
+#include <numeric>
 #include <set>
 #include <utility>
 
@@ -18,12 +20,19 @@ std::vector<DiskNode> ordered(std::vector<DiskNode> children, bool anythingHidde
             shown.insert(child.path);
         children.push_back(DiskNode::summary(parentPath, hidden, std::move(shown), parentCategory));
     }
-    std::sort(children.begin(), children.end(),
-              [](const DiskNode& a, const DiskNode& b) { return DiskNode::ordersBefore(a, b); });
-    // The list grew by doubling; a finished tree holds one list per folder, so the slack
-    // would otherwise be most of a large map's memory.
-    children.shrink_to_fit();
-    return children;
+    // Sorted by index and moved once into a list of the exact size: the list grew by
+    // doubling, and a finished tree holds one per folder, so the slack would otherwise be
+    // most of a large map's memory.
+    std::vector<uint32_t> order(children.size());
+    std::iota(order.begin(), order.end(), uint32_t{0});
+    std::sort(order.begin(), order.end(), [&](uint32_t a, uint32_t b) {
+        return DiskNode::ordersBefore(children[a], children[b]);
+    });
+    std::vector<DiskNode> sorted;
+    sorted.reserve(children.size());
+    for (uint32_t index : order)
+        sorted.push_back(std::move(children[index]));
+    return sorted;
 }
 
 }  // namespace
@@ -53,6 +62,12 @@ void KeptChildren::keepLargest(DiskNode node) {
 void KeptChildren::hide(int64_t bytes) {
     hidden_ = saturatingAdd(hidden_, bytes);
     anythingHidden_ = true;
+}
+
+void KeptChildren::absorb(KeptChildren other) {
+    for (auto& node : other.kept_)
+        keepLargest(std::move(node));
+    if (other.anythingHidden_) hide(other.hidden_);
 }
 
 void KeptChildren::findSmallest() {

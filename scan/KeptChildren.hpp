@@ -23,6 +23,10 @@ public:
     void keepLargest(DiskNode node);
     // Adds bytes of children that were never offered as nodes.
     void hide(int64_t bytes);
+    // Offers everything `other` kept or hid, as if its children had been offered here:
+    // the 17 largest of both stay, so the order in which parts of a folder were measured
+    // never changes what it shows.
+    void absorb(KeptChildren other);
 
     int64_t hiddenBytes() const { return hidden_; }
     bool anythingHidden() const { return anythingHidden_; }

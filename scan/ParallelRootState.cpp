@@ -1,7 +1,5 @@
 #include "scan/ParallelRootState.hpp"
 
-#include <numeric>
-
 #include "platform/Paths.hpp"
 #include "platform/Uptime.hpp"
 #include "scan/SaturatingAdd.hpp"
@@ -9,24 +7,13 @@
 
 namespace veldan {
 
-namespace {
-
-int64_t saturatingSum(const std::vector<int64_t>& values) {
-    return std::accumulate(values.begin(), values.end(), int64_t{0}, saturatingAdd);
-}
-
-}  // namespace
-
-ParallelRootState::ParallelRootState(std::string rootPath, size_t childCount, ScanProgress progress,
+ParallelRootState::ParallelRootState(std::string rootPath, ScanProgress progress,
                                      ScanPartial partial, const ScanCancellation& cancellation)
     : rootPath_(std::move(rootPath)),
       category_(categoryFor(rootPath_)),
-      childCount_(childCount),
       reportProgress_(std::move(progress)),
       reportPartial_(std::move(partial)),
-      cancellation_(cancellation),
-      folderCounts_(childCount, 0),
-      fileCounts_(childCount, 0) {
+      cancellation_(cancellation) {
     if (reportPartial_) {
         partialQueue_ = std::make_unique<platform::SerialQueue>("com.veldan.scan-partials");
     }
@@ -34,6 +21,15 @@ ParallelRootState::ParallelRootState(std::string rootPath, size_t childCount, Sc
 
 ParallelRootState::~ParallelRootState() {
     close();
+}
+
+void ParallelRootState::finishListing(KeptChildren files, int64_t bytes, size_t subfolderCount) {
+    std::lock_guard lock(mutex_);
+    finishedVisible_.absorb(std::move(files));
+    finishedBytes_ = saturatingAdd(finishedBytes_, bytes);
+    childCount_ = subfolderCount;
+    listing_.reset();
+    schedulePartial();
 }
 
 std::optional<size_t> ParallelRootState::takeNext() {
@@ -46,12 +42,33 @@ void ParallelRootState::finish(size_t index, ParallelChildResult result) {
     std::lock_guard lock(mutex_);
     finishedBytes_ = saturatingAdd(finishedBytes_, result.bytes);
     if (result.node) finishedVisible_.keepLargest(std::move(*result.node));
-    folderCounts_[index] = result.folders;
-    fileCounts_[index] = result.files;
-    totalFolders_ = saturatingSum(folderCounts_);
-    totalFiles_ = saturatingSum(fileCounts_);
     active_.erase(index);
     schedulePartial();
+}
+
+void ParallelRootState::addCounts(int64_t folders, int64_t files) {
+    std::lock_guard lock(mutex_);
+    otherFolders_ = saturatingAdd(otherFolders_, folders);
+    otherFiles_ = saturatingAdd(otherFiles_, files);
+    sumCounts();
+}
+
+void ParallelRootState::settleCounts(size_t worker, int64_t folders, int64_t files) {
+    std::lock_guard lock(mutex_);
+    workerFolders_.at(worker) = folders;
+    workerFiles_.at(worker) = files;
+    sumCounts();
+}
+
+void ParallelRootState::sumCounts() {
+    // A handful of workers, so the totals are summed again at every report: entries
+    // finish in the hundreds of thousands in a flat folder and must not each cost more.
+    totalFolders_ = otherFolders_;
+    totalFiles_ = otherFiles_;
+    for (size_t i = 0; i < maximumWorkers; ++i) {
+        totalFolders_ = saturatingAdd(totalFolders_, workerFolders_[i]);
+        totalFiles_ = saturatingAdd(totalFiles_, workerFiles_[i]);
+    }
 }
 
 void ParallelRootState::close() {
@@ -64,16 +81,15 @@ void ParallelRootState::close() {
     if (partialQueue_) partialQueue_->drain();
 }
 
-void ParallelRootState::setCounts(size_t index, int64_t folders, int64_t files,
+void ParallelRootState::setCounts(size_t worker, int64_t folders, int64_t files,
                                   const std::string& item) {
     int64_t totalFolders = 0;
     int64_t totalFiles = 0;
     {
         std::lock_guard lock(mutex_);
-        folderCounts_[index] = folders;
-        fileCounts_[index] = files;
-        totalFolders_ = saturatingSum(folderCounts_);
-        totalFiles_ = saturatingSum(fileCounts_);
+        workerFolders_.at(worker) = folders;
+        workerFiles_.at(worker) = files;
+        sumCounts();
         const double now = platform::uptimeSeconds();
         if (!reportProgress_ || now - lastProgress_ < ScanProgressThrottle::progressInterval) {
             return;
@@ -88,6 +104,12 @@ void ParallelRootState::setCounts(size_t index, int64_t folders, int64_t files,
 void ParallelRootState::updateActive(size_t index, DiskNode node) {
     std::lock_guard lock(mutex_);
     active_[index] = std::move(node);
+    schedulePartial();
+}
+
+void ParallelRootState::updateListing(DiskNode node) {
+    std::lock_guard lock(mutex_);
+    listing_ = std::move(node);
     schedulePartial();
 }
 
@@ -109,13 +131,19 @@ void ParallelRootState::deliverPartials() {
         // back half-measured nodes that must not reach the map.
         if (closed_ || !pendingPartial_ || cancellation_.cancelled()) return;
         pendingPartial_ = false;
-        KeptChildren children = finishedVisible_;
-        int64_t bytes = finishedBytes_;
-        for (const auto& [index, node] : active_) {
-            bytes = saturatingAdd(bytes, node.bytes);
-            children.keepLargest(node);
+        if (listing_) {
+            // Only the folder's own files are known yet; the listing laid them out.
+            partial = buildRoot({}, listing_->bytes, true);
+            partial.children = listing_->children;
+        } else {
+            KeptChildren children = finishedVisible_;
+            int64_t bytes = finishedBytes_;
+            for (const auto& [index, node] : active_) {
+                bytes = saturatingAdd(bytes, node.bytes);
+                children.keepLargest(node);
+            }
+            partial = buildRoot(std::move(children), bytes, true);
         }
-        partial = buildRoot(std::move(children), bytes, true);
         // Stamped once built, so that a slow build never brings the next one closer.
         lastPartial_ = platform::uptimeSeconds();
     }
@@ -155,11 +183,15 @@ bool ParallelRootState::Reporter::wantsPartials() const {
 
 void ParallelRootState::Reporter::counts(int64_t folders, int64_t files,
                                          const std::string& currentItem) {
-    state_.setCounts(index_, folders, files, currentItem);
+    state_.setCounts(worker_, folders, files, currentItem);
 }
 
 void ParallelRootState::Reporter::partial(DiskNode node) {
-    state_.updateActive(index_, std::move(node));
+    if (listing_) {
+        state_.updateListing(std::move(node));
+    } else {
+        state_.updateActive(index_, std::move(node));
+    }
 }
 
 }  // namespace veldan

@@ -1,5 +1,10 @@
 #include "scan/ScanContext.hpp"
 
+#include <dirent.h>
+#include <sys/resource.h>
+
+#include <algorithm>
+
 #include "platform/Paths.hpp"
 
 namespace veldan {
@@ -21,6 +26,32 @@ constexpr std::string_view recommendationSuffixes[] = {"/Library/pnpm/store",
                                                        "/.cache/huggingface",
                                                        "/Library/Caches"};
 
+constexpr size_t maximumWorkers = 4;
+constexpr size_t maximumOpenFolders = 48;
+// Kept for the scanned folder itself and for the rest of the program while it scans.
+constexpr size_t reservedDescriptors = 4;
+
+size_t openDescriptors() {
+    DIR* folder = ::opendir("/proc/self/fd");
+    if (!folder) return 16;
+    size_t count = 0;
+    while (auto* entry = ::readdir(folder)) {
+        if (entry->d_name[0] != '.') ++count;
+    }
+    ::closedir(folder);
+    return count > 0 ? count - 1 : 0;  // not the listing's own descriptor
+}
+
+size_t freeDescriptors() {
+    rlimit limit{};
+    if (::getrlimit(RLIMIT_NOFILE, &limit) != 0 || limit.rlim_cur == RLIM_INFINITY) {
+        return maximumWorkers * maximumOpenFolders;
+    }
+    const size_t used = openDescriptors() + reservedDescriptors;
+    const auto allowed = static_cast<size_t>(limit.rlim_cur);
+    return allowed > used ? allowed - used : 0;
+}
+
 }  // namespace
 
 ScanContext::ScanContext(std::string rootPath, ScanSettings settings,
@@ -31,6 +62,10 @@ ScanContext::ScanContext(std::string rootPath, ScanSettings settings,
       cancellation_(cancellation) {
     for (auto& path : recommendationPaths(settings_.home))
         recommendationPaths_.insert(path);
+    // A walk needs two descriptors at the least (a folder and the one being opened in it).
+    const size_t free = freeDescriptors();
+    workerBudget_ = std::clamp<size_t>(free / 4, 1, maximumWorkers);
+    openFolderBudget_ = std::clamp<size_t>(free / workerBudget_, 2, maximumOpenFolders);
 }
 
 std::vector<std::string> ScanContext::recommendationPaths(const std::string& home) {

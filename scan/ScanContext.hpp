@@ -36,6 +36,11 @@ public:
     bool cancelled() const { return cancellation_.cancelled(); }
 
     bool deviceAllowed(uint64_t device) const;
+    // How many workers walk, and how many folder descriptors each may keep open: shares of
+    // what the process may still open when the scan starts, so that a low limit parks
+    // folders (and runs fewer workers) instead of failing to open them.
+    size_t workerBudget() const { return workerBudget_; }
+    size_t openFolderBudget() const { return openFolderBudget_; }
     // Paths skipped on the startup disk because they reach the same data again.
     bool isStartupAlias(std::string_view path) const;
     // True the first time a folder is claimed; later claims (loops, bind mounts, the
@@ -58,6 +63,8 @@ private:
     std::string rootPath_;
     ScanSettings settings_;
     std::set<uint64_t> allowedDevices_;
+    size_t workerBudget_ = 1;
+    size_t openFolderBudget_ = 2;
     const ScanCancellation& cancellation_;
     std::set<std::string, std::less<>> recommendationPaths_;
 

@@ -26,31 +26,40 @@ def tools(veldan, tree):
 
 
 def run_once(argv, environment):
-    """Wall seconds and peak resident kilobytes of one run, output discarded."""
+    """Wall seconds, peak resident kilobytes and processor seconds (user and system) of
+    one run, output discarded."""
     started = time.perf_counter()
-    result = subprocess.run(["/usr/bin/time", "-f", "%M"] + argv, stdout=subprocess.DEVNULL,
+    result = subprocess.run(["/usr/bin/time", "-f", "%M %U %S"] + argv, stdout=subprocess.DEVNULL,
                             stderr=subprocess.PIPE, env=environment, check=False)
     wall = time.perf_counter() - started
     if result.returncode != 0:
         raise SystemExit(f"{argv[0]} failed: {result.stderr.decode(errors='replace')}")
-    peak = int(result.stderr.decode().strip().splitlines()[-1])
-    return wall, peak
+    peak, user, system = result.stderr.decode().strip().splitlines()[-1].split()
+    return wall, int(peak), float(user) + float(system)
 
 
 def measure(veldan, tree, rounds, environment):
+    """Per tool: median wall seconds, largest peak kilobytes, median processor seconds."""
     listed = tools(veldan, tree)
     for _, argv in listed:  # warm the cache and every binary
         run_once(argv, environment)
-    walls = {name: [] for name, _ in listed}
-    peaks = {name: [] for name, _ in listed}
+    runs = {name: [] for name, _ in listed}
     for round_index in range(rounds):
         # Rotate the order so no tool always runs right after the same one.
         order = listed[round_index % len(listed):] + listed[:round_index % len(listed)]
         for name, argv in order:
-            wall, peak = run_once(argv, environment)
-            walls[name].append(wall)
-            peaks[name].append(peak)
-    return {name: (statistics.median(walls[name]), max(peaks[name])) for name in walls}
+            runs[name].append(run_once(argv, environment))
+    return {name: (statistics.median(run[0] for run in runs[name]), max(run[1] for run in runs[name]),
+                   statistics.median(run[2] for run in runs[name])) for name in runs}
+
+
+TARGETS = {  # largest veldan/du ratio of wall time
+    "balanced": 0.60,
+    "skewed": 0.90,
+    "flat": 1.00,
+    "shallow": None,
+}
+PEAK_TARGET_MB = 30
 
 
 def main():
@@ -63,30 +72,46 @@ def main():
     for variable, sub in (("HOME", ""), ("XDG_CACHE_HOME", ".cache"), ("XDG_STATE_HOME", ".local/state"),
                           ("XDG_CONFIG_HOME", ".config"), ("XDG_DATA_HOME", ".local/share")):
         environment[variable] = os.path.join(scratch, sub)
-    targets = {"balanced": (0.60, 0.45), "skewed": (0.95, None), "shallow": (None, None)}
-    print(f"{rounds} rounds per tool, medians of wall time; peak resident memory is the largest seen")
-    kinds = ("balanced", "skewed", "shallow") if os.environ.get("VELDAN_BENCH_SHALLOW") else ("balanced", "skewed")
+    kinds = ["balanced", "skewed", "flat"]
+    if os.environ.get("VELDAN_BENCH_SHALLOW"):
+        kinds.append("shallow")
+    rows = []
+    load_before = os.getloadavg()
     for kind in kinds:
         tree = os.path.join(work, kind)
         if not os.path.exists(os.path.join(tree, ".complete")):
             print(f"generating the {kind} tree in {tree} ...", flush=True)
             shutil.rmtree(tree, ignore_errors=True)
             subprocess.run([sys.executable, os.path.join(HERE, "make_tree.py"), kind, tree], check=True)
-        results = measure(veldan, tree, rounds, environment)
-        print(f"\n{kind} tree")
-        for name, (wall, peak) in results.items():
-            ratio = wall / results["veldan"][0] if name != "veldan" else 1.0
-            print(f"  {name:7s} {wall * 1000:8.0f} ms   {peak / 1024:7.1f} MB peak   (veldan is {1 / ratio:4.2f}x its time)")
-        du_target, gdu_target = targets[kind]
-        veldan_wall = results["veldan"][0]
-        if du_target is None:
-            print(f"  (no target) veldan/du {veldan_wall / results['du'][0]:.2f}")
-            continue
-        print(f"  target: veldan/du <= {du_target}  measured {veldan_wall / results['du'][0]:.2f}")
-        if gdu_target and "gdu" in results:
-            print(f"  target: veldan/gdu <= {gdu_target}  measured {veldan_wall / results['gdu'][0]:.2f}")
-        print(f"  target: peak memory < 40 MB  measured {results['veldan'][1] / 1024:.1f} MB")
+        rows.append((kind, measure(veldan, tree, rounds, environment)))
+    load_after = os.getloadavg()
     shutil.rmtree(scratch, ignore_errors=True)
+
+    print(f"{rounds} rounds per tool, tools alternating; medians of wall time, largest peak memory,")
+    print("medians of processor time (user and system; on a busy machine it compares best)")
+    print(f"load average before {load_before[0]:.1f}, after {load_after[0]:.1f} "
+          f"({os.cpu_count()} cores)")
+    names = [name for name in ("veldan", "du", "gdu", "ncdu") if name in rows[0][1]]
+    header = "tree      " + "".join(f"{name:>9s}" for name in names)
+    header += "".join(f"{name + '/du':>11s}" for name in names if name != "du")
+    header += "   veldan peak   target   cpu veldan/du"
+    print(header)
+    missed = []
+    for kind, results in rows:
+        du = results["du"][0]
+        line = f"{kind:10s}" + "".join(f"{results[name][0] * 1000:7.0f}ms" for name in names)
+        line += "".join(f"{results[name][0] / du:11.2f}" for name in names if name != "du")
+        peak = results["veldan"][1] / 1024
+        target = TARGETS.get(kind)
+        line += f"   {peak:8.1f} MB   " + (f"<= {target:.2f}" if target else "     -")
+        line += f"   {results['veldan'][2]:.2f}s/{results['du'][2]:.2f}s"
+        print(line)
+        if target and results["veldan"][0] / du > target:
+            missed.append(f"{kind}: veldan/du {results['veldan'][0] / du:.2f} > {target:.2f}")
+        if peak >= PEAK_TARGET_MB:
+            missed.append(f"{kind}: peak memory {peak:.1f} MB >= {PEAK_TARGET_MB} MB")
+    for miss in missed:
+        print("target missed: " + miss)
 
 
 if __name__ == "__main__":

@@ -6,6 +6,8 @@
   make_tree.py shallow OUT    300,000 files, 20 per folder, 6 subfolders each: every
                               folder within the mapped depth (the worst case for the
                               size of the kept tree)
+  make_tree.py flat OUT       300,000 files directly in OUT (an image data set, a mail
+                              folder): every file is a top-level entry of the scan
 
 The same arguments always give the same names, sizes and shape (a fixed seed). The
 balanced and skewed trees follow the shape of a real home folder: most folders hold a
@@ -76,10 +78,16 @@ def fill_shallow(rng, folder, files, depth=0):
 
 
 def main():
-    if len(sys.argv) != 3 or sys.argv[1] not in ("balanced", "skewed", "shallow"):
+    if len(sys.argv) != 3 or sys.argv[1] not in ("balanced", "skewed", "shallow", "flat"):
         sys.exit(__doc__)
     kind, out = sys.argv[1], sys.argv[2]
     rng = random.Random(20261121)
+    if kind == "flat":
+        os.makedirs(out, exist_ok=True)
+        write_files(rng, out, FILES)
+        with open(os.path.join(out, ".complete"), "w") as done:
+            done.write(f"{kind} {FILES}\n")
+        return
     if kind in ("balanced", "shallow"):
         shares = [FILES // TOP_LEVEL] * TOP_LEVEL
     else:

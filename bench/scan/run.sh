@@ -4,6 +4,9 @@
 #
 #   bash bench/scan/run.sh [WORK_FOLDER] [ROUNDS]
 #   VELDAN_BENCH_SHALLOW=1 bash bench/scan/run.sh   also the worst-case shallow tree
+#
+# The trees: balanced, skewed (90% of the entries under one top-level folder) and flat
+# (300,000 files directly in one folder).
 set -euo pipefail
 top=$(cd "$(dirname "${BASH_SOURCE[0]}")/../.." && pwd)
 work=${1:-/tmp/veldan-bench-scan}

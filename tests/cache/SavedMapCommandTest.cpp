@@ -1,8 +1,10 @@
 // The saved map seen from the command line: `veldan scan` saves it, a second process shows
 // it (`veldan show`) or reports on it (`veldan report --saved`).
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <nlohmann/json.hpp>
 
@@ -145,9 +147,13 @@ TEST_F(SavedMapCommandTest, WritesTheReportToANamedFileOrRefusesAMissingFolder) 
     EXPECT_TRUE(isOneSentence(noSaved.err)) << noSaved.err;
 }
 
-// Ctrl-C during the scan still leaves the file asked for, with what was measured; on
-// standard output nothing is printed then.
+// Ctrl-C during the scan still leaves the file asked for, with what was measured (the
+// large file of the folder itself is measured before any subfolder); on standard output
+// nothing is printed then.
 TEST_F(SavedMapCommandTest, WritesThePartialReportWhenTheScanIsStopped) {
+    const int big = ::open((scope + "/big.iso").c_str(), O_WRONLY | O_CREAT, 0644);
+    ASSERT_EQ(::posix_fallocate(big, 0, 110'000'000), 0);
+    ::close(big);
     for (int folder = 0; folder < 40; ++folder) {
         const std::string path = scope + "/bulk/f" + std::to_string(folder);
         test::makeFolders(path);
@@ -167,6 +173,8 @@ TEST_F(SavedMapCommandTest, WritesThePartialReportWhenTheScanIsStopped) {
                                "measured so far.\nMapped so far: ",
                            0),
               0u);
+    EXPECT_NE(report.find("\n\nLargest files (100 MB or more)\n"), std::string::npos) << report;
+    EXPECT_NE(report.find("  " + scope + "/big.iso\n"), std::string::npos) << report;
     EXPECT_FALSE(test::exists(dir / "Veldan - Scan Summary.txt"));
 
     const auto toTerminal =

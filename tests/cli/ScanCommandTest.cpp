@@ -7,6 +7,7 @@
 #include <nlohmann/json.hpp>
 
 #include "tests/support/Files.hpp"
+#include "tests/support/IsolatedHome.hpp"
 #include "tests/support/Process.hpp"
 #include "tests/support/TempDir.hpp"
 
@@ -132,12 +133,17 @@ TEST(ScanCommand, UnreadableFoldersAreReportedAsAccessDeniedAndTheRestIsMeasured
         << text.out;
 }
 
-TEST(ScanCommand, TheSameFolderReachedTwiceThroughABindMountIsCountedOnce) {
+// A bind mount shows the same folder again; a tmpfs is another file system. Neither adds
+// to the map, and the scan does not stop at them.
+TEST(ScanCommand, MountsInsideTheTreeAreNeitherEnteredNorCountedTwice) {
     test::TempDir dir;
     test::makeFolders(dir / "root/data");
     test::makeFolders(dir / "root/mirror");
+    test::makeFolders(dir / "root/other");
     test::writeFileOfSize(dir / "root/data/file", 500'000);
     const std::string script = "mount --bind '" + dir / "root/data" + "' '" + dir / "root/mirror" +
+                               "' && mount -t tmpfs tmpfs '" + dir / "root/other" +
+                               "' && head -c 300000 /dev/zero > '" + dir / "root/other/big" +
                                "' || exit 77; exec '" + test::veldanBinary() + "' scan --json '" +
                                dir / "root" + "'";
     auto scan = test::runProcess({"unshare", "-m", "--propagation", "private", "sh", "-c", script});
@@ -147,6 +153,89 @@ TEST(ScanCommand, TheSameFolderReachedTwiceThroughABindMountIsCountedOnce) {
     ASSERT_EQ(scan.exitCode, 0) << scan.err;
     const auto json = nlohmann::json::parse(scan.out);
     EXPECT_EQ(json["root"]["bytes"], test::allocatedBytes(dir / "root/data/file"));
+    EXPECT_EQ(json["unreadableItems"], 0);
+    for (const auto& child : json["root"]["children"])
+        EXPECT_NE(child["name"], "other") << "the tmpfs is not part of this folder's disk";
+}
+
+// With few descriptors left, folders are opened again by name instead of being dropped.
+TEST(ScanCommand, ALowLimitOnOpenFilesStillMeasuresEverything) {
+    test::TempDir dir;
+    for (const char* top : {"a", "b", "c", "d", "e"}) {
+        std::string folder = dir / top;
+        for (int level = 0; level < 30; ++level) {
+            folder += "/l" + std::to_string(level);
+            test::makeFolders(folder);
+            test::writeFileOfSize(folder + "/f", 5000);
+        }
+    }
+    auto unlimited = veldan({"scan", "--json", "--no-cache", dir.path()});
+    auto limited = test::runProcess({"prlimit", "--nofile=12:12", test::veldanBinary(), "scan",
+                                     "--json", "--no-cache", dir.path()});
+    ASSERT_EQ(limited.exitCode, 0) << limited.err;
+    const auto expected = nlohmann::json::parse(unlimited.out);
+    const auto json = nlohmann::json::parse(limited.out);
+    EXPECT_EQ(json["unreadableItems"], 0) << json["unreadableReasons"];
+    EXPECT_EQ(json["root"]["bytes"], expected["root"]["bytes"]);
+    EXPECT_EQ(json["visitedFolderCount"], 156);
+}
+
+// `veldan scan | head -1`: the reader leaves early, the map is saved all the same and no
+// temporary file stays behind; the command then ends as a pipeline expects (SIGPIPE).
+TEST(ScanCommand, AReaderThatStopsEarlyNeverCostsTheSavedMap) {
+    test::TempDir dir;
+    for (int folder = 0; folder < 150; ++folder) {
+        const std::string path = dir / ("folder-with-a-rather-long-name-" + std::to_string(folder));
+        test::makeFolders(path);
+        for (int file = 0; file < 17; ++file)
+            test::writeFile(path + "/file-with-a-rather-long-name-" + std::to_string(file), "x");
+    }
+    test::IsolatedHome home;
+    test::ProcessOptions options;
+    options.environment = home.environment();
+    const auto piped = test::runProcess(
+        {"bash", "-c",
+         "env --default-signal=PIPE \"$0\" scan --json \"$1\" | head -c 1 >/dev/null; "
+         "echo \"${PIPESTATUS[0]}\"",
+         test::veldanBinary(), dir.path()},
+        options);
+    EXPECT_EQ(piped.out, "141\n") << piped.err;
+    EXPECT_EQ(piped.err, "");
+    const auto shown =
+        test::runProcess({test::veldanBinary(), "show", "--json", dir.path()}, options);
+    ASSERT_EQ(shown.exitCode, 0) << shown.err;
+    EXPECT_EQ(nlohmann::json::parse(shown.out)["snapshot"]["visitedFileCount"], 150 * 17);
+    const auto saved = test::runProcess({"ls", "-A", home.cacheHome() + "/Veldan/Scans"});
+    EXPECT_EQ(saved.out.find(".tmp"), std::string::npos) << saved.out;
+}
+
+// A folder named through a symbolic link keeps that name, with the resolved path beside it.
+TEST(ScanCommand, AFolderNamedThroughALinkKeepsItsName) {
+    test::TempDir dir;
+    test::makeFolders(dir / "real/inner");
+    test::writeFileOfSize(dir / "real/inner/data", 40'000);
+    test::makeSymlink(dir / "real", dir / "link");
+    test::IsolatedHome home;
+    test::ProcessOptions options;
+    options.environment = home.environment();
+    const auto text = test::runProcess({test::veldanBinary(), "scan", dir / "link"}, options);
+    ASSERT_EQ(text.exitCode, 0) << text.err;
+    EXPECT_NE(text.out.find("Scope   " + dir / "link" + " \u2192 " + dir / "real\n"),
+              std::string::npos)
+        << text.out;
+    const auto shown =
+        test::runProcess({test::veldanBinary(), "show", "--json", dir / "link"}, options);
+    ASSERT_EQ(shown.exitCode, 0) << shown.err;
+    const auto json = nlohmann::json::parse(shown.out)["snapshot"];
+    EXPECT_EQ(json["root"]["path"], dir / "link");
+    EXPECT_EQ(json["root"]["children"][0]["path"], dir / "link/inner");
+    const auto report =
+        test::runProcess({test::veldanBinary(), "report", "--saved", dir / "link"}, options);
+    EXPECT_NE(report.out.find("\nScope: " + dir / "link" + "\n"), std::string::npos) << report.out;
+    EXPECT_NE(
+        test::runProcess({test::veldanBinary(), "recommend", "--saved", dir / "link"}, options)
+            .exitCode,
+        1);
 }
 
 TEST(ScanCommand, CtrlCStopsTheScanWithStatus130AndProgressShowsOnATerminal) {

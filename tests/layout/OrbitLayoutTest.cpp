@@ -112,23 +112,5 @@ TEST(OrbitSectorGeometry, AgreesWithTheHitTestEverywhereInTheView) {
     EXPECT_GT(hits, 5000);
 }
 
-TEST(OrbitSectorGeometry, OutlineRunsAlongTheOuterArcThenBackAlongTheInnerArc) {
-    const MapRect rect{10, 10, 200, 200};  // centre (110, 110), radius 100
-    const OrbitSector quarter{0, 0.25, 0.5, 1.0};
-    const auto points = quarter.outline(rect, 8);  // two segments for a quarter turn
-    ASSERT_EQ(points.size(), 6u);
-    const double diagonal = 100 * std::sqrt(0.5);
-    // Along the outer arc, inwards at the end, back at the start on the inner arc.
-    const std::pair<size_t, MapPoint> expected[] = {{0, {110, 10}},
-                                                    {1, {110 + diagonal, 110 - diagonal}},
-                                                    {2, {210, 110}},
-                                                    {3, {160, 110}},
-                                                    {5, {110, 60}}};
-    for (const auto& [at, point] : expected) {
-        EXPECT_NEAR(points[at].x, point.x, 1e-9) << at;
-        EXPECT_NEAR(points[at].y, point.y, 1e-9) << at;
-    }
-}
-
 }  // namespace
 }  // namespace veldan

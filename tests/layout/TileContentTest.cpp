@@ -12,15 +12,6 @@ MapTile tileOf(const DiskNode& node, double width, int level = 0) {
     return MapTile{&node, MapRect{0, 0, width, 100}, level};
 }
 
-TEST(TileContent, TheSizeLabelIsCompactAndScalesWithTheWidthBetween14And30) {
-    const auto node = test::fileNode("/m/big", 12'345'000'000);
-    EXPECT_EQ(TileContent::of(tileOf(node, 300), true).sizeLabel, "12 GB");
-    const std::pair<double, double> sizes[] = {
-        {30, 14}, {84, 14}, {120, 20}, {180, 30}, {2000, 30}};
-    for (const auto& [width, fontSize] : sizes)
-        EXPECT_EQ(TileContent::of(tileOf(node, width), true).sizeFontSize, fontSize) << width;
-}
-
 TEST(TileContent, TheCategoryIconShowsOnlyOnTopLevelTilesWiderThan120) {
     auto node = test::fileNode("/m/node_modules", 10);
     node.category = DiskCategory::build;

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <limits>
 
 #include "layout/TreemapLayout.hpp"
 #include "tests/layout/LayoutNodes.hpp"
@@ -15,7 +14,6 @@ using test::fileNode;
 using test::folderNode;
 using test::folderOfFiles;
 
-constexpr double infinity = std::numeric_limits<double>::infinity();
 using Row = std::vector<TreemapRowItem>;
 
 void expectFrame(const MapRect& frame, const MapRect& expected) {
@@ -105,27 +103,6 @@ TEST(TreemapNesting, NestingStopsAfterLevelTwoHoweverLargeTheTile) {
     EXPECT_FALSE(TreemapLayout::nestsInto(*tiles[2].node, tiles[2].frame, 2));
 }
 
-TEST(TreemapNesting, ATitleBandTallerThanTheInsetLeavesNoRoomForNestedTiles) {
-    // 100 - 14 = 86 points inside, less the 26-point band: 60 points remain.
-    expectFrame(TreemapLayout::nestedRect({0, 0, 100, 100}), 7, 33, 86, 60);
-    expectFrame(TreemapLayout::nestedRect({0, 0, 100, 30}), 7, 33, 86, 0);
-}
-
-TEST(TreemapTileIdentity, ASummaryTileNeverSharesAnIdWithARealItem) {
-    const DiskNode summary = DiskNode::summary("/m", 10, {});
-    DiskNode real = fileNode(summary.path, 10);
-    EXPECT_EQ((MapTile{&summary, {}, 0}).id(), "/m/__other#summary");
-    EXPECT_EQ((MapTile{&real, {}, 0}).id(), "/m/__other");
-}
-
-TEST(TreemapWorstAspect, IsTheLargerRatioOfTheRowOrInfiniteWhenItCannotBeComputed) {
-    EXPECT_EQ(TreemapLayout::worstAspect(Row{{0, 10000}}, 100), 1.0);
-    EXPECT_EQ(TreemapLayout::worstAspect(Row{{0, 10000}, {1, 10000}}, 100), 4.0);
-    EXPECT_EQ(TreemapLayout::worstAspect(Row{}, 100), infinity);
-    EXPECT_EQ(TreemapLayout::worstAspect(Row{{0, 10}, {1, 0}}, 100), infinity);
-    EXPECT_EQ(TreemapLayout::worstAspect(Row{{0, 10}}, 0), infinity);
-}
-
 TEST(TreemapPlace, TheLastItemTakesExactlyWhatIsLeftAndNothingBecomesNotANumber) {
     struct Case {
         Row row;
@@ -175,15 +152,6 @@ TEST(TreemapPartition, RowsEndExactlyAtTheFarEdgeWhenTheAreasDoNotAddUp) {
     EXPECT_EQ(frames[1].x, 0.0);
     EXPECT_EQ(frames[1].y + frames[1].height, rect.maxY());
     EXPECT_EQ(frames[2].x + frames[2].width, rect.maxX());
-}
-
-TEST(TreemapPartition, NodesWithoutBytesGetZeroFrames) {
-    const auto folder = folderOfFiles("/m", {0, 0});
-    const std::vector<const DiskNode*> nodes{&folder.children[0], &folder.children[1]};
-    const auto frames = TreemapLayout::partition(nodes, {0, 0, 50, 50});
-    EXPECT_EQ(frames, (std::vector<MapRect>(2)));
-    EXPECT_TRUE(TreemapLayout::partition(nodes, {0, 0, 0, 50}).empty());
-    EXPECT_TRUE(TreemapLayout::partition({}, {0, 0, 50, 50}).empty());
 }
 
 }  // namespace

@@ -24,13 +24,4 @@ TEST(DiskCategory, ComponentsMatchWholeNeverAsSubstrings) {
     EXPECT_EQ(categoryFor("/home/me/Models"), DiskCategory::models);
 }
 
-TEST(DiskCategory, RawValuesAreTheTitlesAndRoundTrip) {
-    for (auto category : allDiskCategories) {
-        EXPECT_EQ(diskCategoryFromRawValue(title(category)), category);
-        EXPECT_FALSE(iconName(category).empty());
-    }
-    EXPECT_EQ(title(DiskCategory::system), "System & apps");
-    EXPECT_EQ(diskCategoryFromRawValue("Unknown"), std::nullopt);
-}
-
 }  // namespace veldan

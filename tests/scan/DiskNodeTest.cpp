@@ -71,11 +71,4 @@ TEST(DiskNodeTotals, CreditsOwnBytesPerCategoryClampedAtZero) {
     EXPECT_EQ(totals.at(DiskCategory::build), 70);
 }
 
-TEST(DiskNodeOrder, MoreBytesFirstThenTheSmallerPath) {
-    EXPECT_TRUE(DiskNode::ordersBefore(10, "/b", 5, "/a"));
-    EXPECT_TRUE(DiskNode::ordersBefore(5, "/a", 5, "/b"));
-    EXPECT_FALSE(DiskNode::ordersBefore(5, "/b", 5, "/a"));
-    EXPECT_FALSE(DiskNode::ordersBefore(5, "/a", 5, "/a"));
-}
-
 }  // namespace veldan

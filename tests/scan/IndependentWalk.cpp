@@ -26,8 +26,7 @@ void walk(const std::string& path, dev_t device, std::set<std::pair<dev_t, ino_t
             continue;
         }
         ++totals.files;
-        if (!S_ISLNK(status.st_mode) && status.st_nlink > 1 &&
-            !links.insert({status.st_dev, status.st_ino}).second) {
+        if (status.st_nlink > 1 && !links.insert({status.st_dev, status.st_ino}).second) {
             continue;
         }
         totals.bytes += static_cast<int64_t>(status.st_blocks) * 512;

@@ -7,7 +7,6 @@
 #include <mutex>
 #include <thread>
 
-#include "scan/ScanContext.hpp"
 
 namespace veldan {
 
@@ -33,7 +32,7 @@ TEST(ParallelRootState, CloseWaitsForADeliveryUnderWayAndNoneFollowsIt) {
     std::atomic<int> deliveries{0};
     ScanCancellation cancellation;
     ParallelRootState state(
-        "/r", 2, {},
+        "/r", {},
         [&](const DiskNode& root) {
             EXPECT_TRUE(root.isPartial);
             EXPECT_EQ(root.bytes, 7);
@@ -44,7 +43,7 @@ TEST(ParallelRootState, CloseWaitsForADeliveryUnderWayAndNoneFollowsIt) {
             changed.wait(lock, [&] { return release; });
         },
         cancellation);
-    ParallelRootState::Reporter reporter(state);
+    ParallelRootState::Reporter reporter(state, 0);
     reporter.setIndex(0);
     reporter.partial(folder("/r/a", 7));
     {
@@ -77,8 +76,8 @@ TEST(ParallelRootState, AStoppedScanDeliversNoFurtherPartials) {
     ScanCancellation cancellation;
     std::atomic<int> deliveries{0};
     ParallelRootState state(
-        "/r", 2, {}, [&](const DiskNode&) { ++deliveries; }, cancellation);
-    ParallelRootState::Reporter reporter(state);
+        "/r", {}, [&](const DiskNode&) { ++deliveries; }, cancellation);
+    ParallelRootState::Reporter reporter(state, 0);
     cancellation.cancel();
     reporter.setIndex(0);
     reporter.partial(folder("/r/a", 7));
@@ -88,43 +87,6 @@ TEST(ParallelRootState, AStoppedScanDeliversNoFurtherPartials) {
     state.finish(1, std::move(halfMeasured));
     state.close();
     EXPECT_EQ(deliveries, 0);
-}
-
-TEST(ParallelRootState, FinishedChildrenFollowTheSeventeenChildRuleAtTheRoot) {
-    ScanCancellation cancellation;
-    ParallelRootState state("/r", 19, {}, {}, cancellation);
-    for (int i = 0; i < 19; ++i) {
-        auto index = state.takeNext();
-        ASSERT_TRUE(index.has_value());
-        ParallelChildResult result;
-        result.node = folder("/r/c" + std::to_string(10 + i), 100 + i);
-        result.node->isPartial = false;
-        result.bytes = 100 + i;
-        result.files = 2;
-        state.finish(*index, std::move(result));
-    }
-    EXPECT_FALSE(state.takeNext().has_value());
-    const DiskNode root = state.takeRoot();
-    EXPECT_EQ(root.bytes, 19 * 100 + 171);
-    ASSERT_EQ(root.children.size(), 18u);
-    // c10 and c11 fold into Other, whose 201 bytes then sort it first.
-    EXPECT_TRUE(root.children.front().isSummary);
-    EXPECT_EQ(root.children.front().bytes, 100 + 101);
-    EXPECT_EQ(root.children.back().name, "c12");
-    EXPECT_EQ(state.totalFiles(), 38);
-    EXPECT_FALSE(root.isPartial);
-}
-
-TEST(ScanContext, StartupAliasesOnlyApplyToTheWholeDisk) {
-    ScanCancellation cancellation;
-    ScanContext disk("/", ScanSettings{"/home/me"}, {}, cancellation);
-    for (const char* alias : {"/Volumes", "/System/Volumes", "/.nofollow", "/.resolve"}) {
-        EXPECT_TRUE(disk.isStartupAlias(alias)) << alias;
-    }
-    EXPECT_FALSE(disk.isStartupAlias("/System"));
-    EXPECT_FALSE(disk.isStartupAlias("/Volumes/x"));
-    ScanContext folder("/data", ScanSettings{"/home/me"}, {}, cancellation);
-    EXPECT_FALSE(folder.isStartupAlias("/Volumes"));
 }
 
 }  // namespace veldan

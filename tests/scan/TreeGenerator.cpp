@@ -71,6 +71,10 @@ void generateTree(const std::string& root, unsigned seed, int topLevelFolders) {
     makeSymlink("..", root + "/top0/loop-up");
     makeSymlink(root, root + "/top1/loop-root");
     makeSymlink("/", root + "/top1/slash");
+    // A link whose target is too long to live in its inode has blocks of its own, and two
+    // names here: it is charged once, like any file with several names.
+    makeSymlink(std::string(300, 'x'), root + "/top1/long-link");
+    ::link((root + "/top1/long-link").c_str(), (root + "/top0/long-link-again").c_str());
     ::mkfifo((root + "/top0/fifo").c_str(), 0644);
     makeSocket(root + "/top1/socket");
     // Opaque folders, one of each kind, with content below.
