@@ -41,8 +41,11 @@ ActivityTracker& ActivityTracker::shared() {
     // the tracker's last writes may still tell the digest the new total. Destroying the
     // tracker at exit joins its thread, which lets the libraries it used free what they
     // keep per thread.
-    WidgetDigest::drain();
-    static ActivityTracker tracker;
+    static ActivityTracker& tracker = []() -> ActivityTracker& {
+        WidgetDigest::drain();
+        static ActivityTracker made;
+        return made;
+    }();
     return tracker;
 }
 

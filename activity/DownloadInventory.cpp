@@ -58,22 +58,27 @@ std::vector<TrackedDownload> DownloadInventory::collect(Clock::time_point now,
 
 DownloadMoveOutcome DownloadInventory::moveToTrash(const TrackedDownload& download) {
     const std::string path = platform::standardizePath(download.path);
-    const std::string name(platform::lastPathComponent(path));
-    if (path.empty() || path.front() != '/' || name.empty() ||
+    if (path.empty() || path.front() != '/' || platform::lastPathComponent(path).empty() ||
         platform::parentPath(path) != folder()) {
         return refused(notInsideReason);
     }
-    int error = 0;
-    const platform::UniqueFd parent = platform::openDirectory(platform::parentPath(path), error);
-    if (!parent) return refused(notInsideReason);
-    auto status = platform::statAt(parent.get(), name.c_str(), false, error);
+    auto status = platform::statPath(path, false);
     if (!status || !download.isUnchanged(*status)) return refused(changedReason);
-    // The Trash checks the item once more through the same folder descriptor right before
-    // the rename, so nothing swapped in after this check can move instead.
-    auto outcome = platform::Trash::moveItem(parent.get(), platform::parentPath(path), name,
-                                             {platform::ItemIdentity::of(*status)});
-    if (!outcome.moved) return refused(outcome.reason);
-    return DownloadMoveOutcome{true, outcome.trashedPath, {}};
+    // The Trash checks the file once more right before the rename, to the nanosecond of
+    // its times, through a parent folder it opened without following links: nothing
+    // swapped in or written after this check can move instead.
+    const auto outcome = platform::Trash::moveItem(
+        path, {platform::ItemIdentity::of(*status), platform::IdentityCheck::unchanged});
+    if (outcome.moved) return DownloadMoveOutcome{true, outcome.trashedPath, {}};
+    switch (outcome.refusal) {
+        case platform::TrashRefusal::redirected:
+            return refused(notInsideReason);
+        case platform::TrashRefusal::missing:
+        case platform::TrashRefusal::changed:
+            return refused(changedReason);
+        default:
+            return refused(outcome.reason);
+    }
 }
 
 }  // namespace veldan

@@ -8,6 +8,7 @@
 #include "cli/ProgressLine.hpp"
 #include "cli/Terminal.hpp"
 #include "platform/BackgroundWorkActivity.hpp"
+#include "platform/FileStatus.hpp"
 #include "platform/Paths.hpp"
 #include "recommendations/RecommendationBuilder.hpp"
 #include "scan/DiskScanner.hpp"

@@ -18,12 +18,16 @@ DevCandidate DevCandidate::from(std::string path, DevCleanupKind kind,
                         status.created.nanoseconds};
 }
 
+platform::ItemIdentity DevCandidate::identity() const {
+    return platform::ItemIdentity{static_cast<uint64_t>(device),
+                                  static_cast<uint64_t>(inode),
+                                  {createdSeconds, createdNanoseconds},
+                                  {modifiedSeconds, modifiedNanoseconds},
+                                  {changedSeconds, changedNanoseconds}};
+}
+
 bool DevCandidate::isSameFolder(const platform::FileStatus& status) const {
-    return status.isDirectory() && static_cast<int64_t>(status.device) == device &&
-           static_cast<int64_t>(status.inode) == inode &&
-           status.modified == platform::Timestamp{modifiedSeconds, modifiedNanoseconds} &&
-           status.changed == platform::Timestamp{changedSeconds, changedNanoseconds} &&
-           status.created == platform::Timestamp{createdSeconds, createdNanoseconds};
+    return status.isDirectory() && identity().isUnchanged(status);
 }
 
 }  // namespace veldan

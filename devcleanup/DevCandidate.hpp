@@ -8,6 +8,7 @@
 
 #include "devcleanup/DevCleanupKind.hpp"
 #include "platform/FileStatus.hpp"
+#include "platform/ItemIdentity.hpp"
 
 namespace veldan {
 
@@ -27,7 +28,9 @@ struct DevCandidate {
 
     static DevCandidate from(std::string path, DevCleanupKind kind,
                              const platform::FileStatus& status);
-    // `status` is a folder with this candidate's device, inode and all three times.
+    platform::ItemIdentity identity() const;
+    // `status` is a folder with this candidate's identity, unchanged since (all three
+    // times equal to the nanosecond).
     bool isSameFolder(const platform::FileStatus& status) const;
 
     friend bool operator==(const DevCandidate&, const DevCandidate&) = default;

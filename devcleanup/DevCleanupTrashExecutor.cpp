@@ -95,15 +95,22 @@ public:
         return std::nullopt;
     }
 
+    // The Trash checks once more, right before its rename, that the folder is unchanged
+    // and that nothing is mounted inside it (that sentence reaches the user as it is).
     DevCleanupMove move() const {
-        const platform::ItemIdentity identity{static_cast<uint64_t>(item_.device),
-                                              static_cast<uint64_t>(item_.inode),
-                                              {item_.createdSeconds, item_.createdNanoseconds},
-                                              {item_.modifiedSeconds, item_.modifiedNanoseconds},
-                                              {item_.changedSeconds, item_.changedNanoseconds}};
         const auto outcome =
-            platform::Trash::moveItem(parent_.get(), parentPath_, name_, {identity});
-        return {item_.path, outcome.moved, outcome.moved ? movedDetail : outcome.reason};
+            platform::Trash::moveItem(parent_.get(), parentPath_, name_,
+                                      {item_.identity(), platform::IdentityCheck::unchanged});
+        if (outcome.moved) return {item_.path, true, movedDetail};
+        switch (outcome.refusal) {
+            case platform::TrashRefusal::redirected:
+                return {item_.path, false, redirected};
+            case platform::TrashRefusal::missing:
+            case platform::TrashRefusal::changed:
+                return {item_.path, false, changedDuringVerification};
+            default:
+                return {item_.path, false, outcome.reason};
+        }
     }
 
 private:

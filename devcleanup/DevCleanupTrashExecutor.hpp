@@ -10,7 +10,9 @@
 //  6. everything inside is exactly what was measured (walked again);
 //  7. right before the move, path, identity, times and kind are checked once more.
 // The move renames the folder relative to its parent, opened from "/" without following
-// any link, and the Trash checks the folder's identity once more right before the rename.
+// any link; right before the rename the Trash checks once more that the folder is
+// unchanged and refuses one that holds another mounted file system ("This folder holds
+// another mounted file system; unmount it first.").
 //
 // Contract: run() is synchronous and blocks its (background) thread for every walk;
 // progress and the after-move callback are called on that thread. The run never stops

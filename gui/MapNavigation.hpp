@@ -40,6 +40,8 @@ public:
     void setFreeSpace(std::optional<int64_t> bytes);
 
     const MapContent& content() const { return content_; }
+    // The whole tree shown (not an explored folder standing in for a node of it).
+    const std::shared_ptr<const DiskNode>& tree() const { return tree_; }
     // The root first, the shown folder last; empty without a tree.
     const std::vector<Crumb>& crumbs() const { return crumbs_; }
     bool canZoomOut() const { return crumbs_.size() > 1; }

@@ -60,7 +60,10 @@ void MapView::setContent(MapContent content) {
 }
 
 void MapView::invalidate() {
-    layOut(size());
+    // A hidden view (the other views of the pane) lays out when it is shown: a live scan
+    // replaces the tree every few tenths of a second.
+    layoutStale_ = !isVisible();
+    if (!layoutStale_) layOut(size());
     pictureValid_ = false;
     updateAccessibleText();
     update();
@@ -78,6 +81,10 @@ void MapView::renderPicture() {
 }
 
 void MapView::paintEvent(QPaintEvent*) {
+    if (layoutStale_) {
+        layOut(size());
+        layoutStale_ = false;
+    }
     if (!pictureValid_ || picture_.deviceIndependentSize() != QSizeF(size())) renderPicture();
     QPainter painter(this);
     painter.drawPixmap(0, 0, picture_);
@@ -89,7 +96,7 @@ void MapView::paintEvent(QPaintEvent*) {
         painter.setBrush(Qt::NoBrush);
         painter.drawPath(outlineOf(hovered_));
     }
-    if (current_ != nullptr && hasFocus()) {
+    if (current_ != nullptr && hasFocus() && keyboardInUse_) {
         QPen pen(accent, 3);
         painter.setPen(pen);
         painter.setBrush(Qt::NoBrush);
@@ -98,8 +105,17 @@ void MapView::paintEvent(QPaintEvent*) {
 }
 
 void MapView::resizeEvent(QResizeEvent*) {
-    layOut(size());
+    layoutStale_ = !isVisible();
+    if (!layoutStale_) layOut(size());
     pictureValid_ = false;
+}
+
+void MapView::showEvent(QShowEvent* event) {
+    if (layoutStale_) {
+        layOut(size());
+        layoutStale_ = false;
+    }
+    QWidget::showEvent(event);
 }
 
 void MapView::setHovered(const DiskNode* node) {
@@ -120,6 +136,7 @@ void MapView::leaveEvent(QEvent*) {
 }
 
 void MapView::mouseReleaseEvent(QMouseEvent* event) {
+    keyboardInUse_ = false;
     if (event->button() != Qt::LeftButton) return;
     if (isFolderAt(event->position())) {
         Q_EMIT upRequested();
@@ -201,6 +218,8 @@ const DiskNode* MapView::neighbourOf(const DiskNode* node, int dx, int dy) const
 }
 
 void MapView::keyPressEvent(QKeyEvent* event) {
+    keyboardInUse_ = true;
+    update();
     const auto items = keyboardItems();
     switch (event->key()) {
         case Qt::Key_Left:
@@ -239,6 +258,11 @@ void MapView::keyPressEvent(QKeyEvent* event) {
 }
 
 void MapView::focusInEvent(QFocusEvent* event) {
+    // The focus ring is for people moving with the keyboard; a click or the window's first
+    // focus does not draw it.
+    keyboardInUse_ = event->reason() == Qt::TabFocusReason ||
+                     event->reason() == Qt::BacktabFocusReason ||
+                     event->reason() == Qt::ShortcutFocusReason;
     if (current_ == nullptr) {
         const auto items = keyboardItems();
         if (!items.empty()) setCurrentNode(items.front());

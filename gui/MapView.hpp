@@ -68,6 +68,7 @@ protected:
 
     void paintEvent(QPaintEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
+    void showEvent(QShowEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
     void leaveEvent(QEvent* event) override;
@@ -93,6 +94,8 @@ private:
     bool pictureValid_ = false;
     const DiskNode* hovered_ = nullptr;
     const DiskNode* current_ = nullptr;
+    bool keyboardInUse_ = false;
+    bool layoutStale_ = false;
 };
 
 }  // namespace veldan::gui

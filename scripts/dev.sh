@@ -1,9 +1,10 @@
 #!/usr/bin/env bash
-# The two entry points of a fresh checkout:
+# The entry points of a fresh checkout:
 #
 #   bash scripts/dev.sh scan [PATH]   install, build, and map PATH (default: your home)
 #   bash scripts/dev.sh test          install, build, and run every test, then again
 #                                     under AddressSanitizer and UndefinedBehaviorSanitizer
+#   bash scripts/dev.sh app [ARGS]    install, build, and open the desktop app
 set -euo pipefail
 
 top=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
@@ -23,6 +24,12 @@ scan)
     build "$top/build" -DCMAKE_BUILD_TYPE=Release -DVELDAN_TESTS=OFF
     exec "$top/build/cli/veldan" scan "${1:-$HOME}"
     ;;
+app)
+    shift
+    bash "$top/scripts/install-deps.sh"
+    build "$top/build" -DCMAKE_BUILD_TYPE=Release -DVELDAN_TESTS=OFF
+    exec "$top/build/gui/veldan-app" "$@"
+    ;;
 test)
     bash "$top/scripts/install-deps.sh"
     build "$top/build" -DCMAKE_BUILD_TYPE=RelWithDebInfo
@@ -34,7 +41,7 @@ test)
     if [[ -x "$top/scripts/fuzz.sh" ]]; then bash "$top/scripts/fuzz.sh"; fi
     ;;
 *)
-    echo "usage: bash scripts/dev.sh scan [PATH] | test" >&2
+    echo "usage: bash scripts/dev.sh scan [PATH] | test | app [ARGS]" >&2
     exit 2
     ;;
 esac

@@ -20,7 +20,7 @@ if [[ "${1:-}" == "--bench" ]]; then
     packages+=(gdu ncdu jdupes rdfind fdupes rmlint hyperfine time)
 fi
 if [[ "${1:-}" == "--screenshots" ]]; then
-    packages+=(xvfb xauth imagemagick x11-utils)
+    packages+=(xvfb xauth imagemagick x11-utils xdotool)
 fi
 
 missing=()

@@ -3,11 +3,9 @@
 // damaged files, other processes writing at the same time and a full disk.
 
 #include <gtest/gtest.h>
-#include <sys/mount.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <cstdlib>
 #include <filesystem>
 
 #include "activity/ActivityArchiveCodec.hpp"
@@ -15,7 +13,7 @@
 #include "tests/cache/LibplistEdit.hpp"
 #include "tests/support/Files.hpp"
 #include "tests/support/IsolatedHome.hpp"
-#include "tests/support/Process.hpp"
+#include "tests/support/MountNamespace.hpp"
 
 namespace veldan {
 
@@ -36,8 +34,6 @@ ScanSnapshot scanOf(const std::string& root, int64_t freeBytes) {
 ActivityArchive onDisk(const std::string& path) {
     return ActivityArchiveCodec::decode(test::readFile(path)).archive;
 }
-
-constexpr const char* insideVariable = "VELDAN_TEST_IN_MOUNT_NAMESPACE";
 
 }  // namespace
 
@@ -153,26 +149,17 @@ TEST(ActivityTracker, TwoProcessesWritingAtOnceLoseNoEntry) {
 }
 
 TEST(ActivityTracker, AFullDiskKeepsTheEarlierFileWholeAndTheNextChangeWritesWhatWasLost) {
-    if (test::runProcess({"unshare", "-m", "--propagation", "private", "true"}).exitCode != 0) {
-        GTEST_SKIP() << "mount namespaces are not available here";
-    }
-    const std::string self = std::filesystem::read_symlink("/proc/self/exe");
-    test::ProcessOptions options;
-    options.environment[insideVariable] = "1";
-    const auto run = test::runProcess(
-        {"unshare", "-m", "--propagation", "private", self, "--gtest_also_run_disabled_tests",
-         "--gtest_filter=ActivityTrackerInside.DISABLED_*"},
-        options);
-    EXPECT_EQ(run.exitCode, 0) << run.out << run.err;
-    EXPECT_NE(run.out.find("[  PASSED  ] 1 test"), std::string::npos) << run.out;
+    test::runInMountNamespace("ActivityTrackerInside", 1);
 }
 
-TEST(ActivityTrackerInside, DISABLED_FullDisk) {
-    if (!std::getenv(insideVariable)) GTEST_SKIP();
+class ActivityTrackerInside : public test::InsideMountNamespace {};
+
+TEST_F(ActivityTrackerInside, DISABLED_FullDisk) {
     test::IsolatedHome home;
-    const std::string folder = home.stateHome() + "/Veldan";
-    test::makeFolders(folder);
-    ASSERT_EQ(::mount("tmpfs", folder.c_str(), "tmpfs", 0, "size=64k"), 0);
+    const test::Mount small("size=64k");
+    test::ScopedEnvironment environment;
+    environment.set("XDG_STATE_HOME", small.top());
+    const std::string folder = small.top();
     ActivityTracker tracker;
     tracker.recordTrash("kept", 1, 1);
     tracker.drain();
@@ -194,7 +181,6 @@ TEST(ActivityTrackerInside, DISABLED_FullDisk) {
     tracker.recordTrash("third", 1, 1);
     tracker.drain();
     EXPECT_EQ(onDisk(tracker.archivePath()).activities.size(), 3u);
-    ::umount2(folder.c_str(), MNT_DETACH);
 }
 
 }  // namespace veldan

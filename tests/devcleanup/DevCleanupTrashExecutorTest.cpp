@@ -58,8 +58,7 @@ TEST_F(DevCleanupTrashExecutorTest, EachCheckRefusesInItsOrderAndOnlyTheUnchange
     incomplete.unreadableItems = 1;
     replaceWithLink(path("parent"));
     replaceWithLink(path("swapped/node_modules"));
-    test::removeTree(path("replaced/node_modules"));
-    test::makeFolders(path("replaced/node_modules/pkg"));
+    test::recreateWithSameInode(path("replaced/node_modules"));
     ASSERT_EQ(::unlink(path("rust/Cargo.toml").c_str()), 0);
     test::writeFile(path("added/node_modules/pkg/new.js"), "");
     bool fired = false;

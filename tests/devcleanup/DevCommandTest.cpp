@@ -172,5 +172,37 @@ TEST_F(DevCommandTest, FoldersNotMeasuredCompletelyAreFlaggedAndLeftOutOfTheSele
     EXPECT_NE(result.out.find("1 item could not be read"), std::string::npos) << result.out;
 }
 
+TEST_F(DevCommandTest, AMountInsideAFolderIsNeitherMeasuredNorMovedToTheTrash) {
+    test::makeFolders(dir_ / "web/node_modules/mounted");
+    const std::string veldan = "'" + test::veldanBinary() + "' dev ";
+    const std::string script =
+        "mount -t tmpfs tmpfs '" + dir_ / "web/node_modules/mounted" + "' || exit 77; " +
+        "head -c 2000000 /dev/zero > '" + dir_ / "web/node_modules/mounted/data" + "'; " + veldan +
+        "--json '" + dir_.path() + "'; echo; " + veldan + "--select " + dir_ / "web/node_modules" +
+        " --trash --yes '" + dir_.path() + "'; echo \"exit $?\"";
+    test::ProcessOptions options;
+    options.environment = home_.environment();
+    const auto run = test::runProcess(
+        {"unshare", "-m", "--propagation", "private", "sh", "-c", script}, options);
+    if (run.exitCode == 77 || run.err.find("unshare failed") != std::string::npos) {
+        GTEST_SKIP() << "mount namespaces are not available here: " << run.err;
+    }
+    const auto json = nlohmann::json::parse(run.out.substr(0, run.out.find('\n')));
+    for (const auto& item : json["items"]) {
+        if (item["path"] == dir_ / "web/node_modules") {
+            EXPECT_LT(item["bytes"].get<int64_t>(),
+                      test::allocatedBytes(dir_ / "web/node_modules/big") + 1'000'000)
+                << "the 2 MB on the mount are not measured";
+        }
+    }
+    EXPECT_NE(run.out.find(dir_ / "web/node_modules" + "  \u2014 This folder holds another "
+                                                       "mounted file system; unmount it first.\n"),
+              std::string::npos)
+        << run.out;
+    EXPECT_NE(run.out.find("exit 1\n"), std::string::npos) << run.out;
+    EXPECT_TRUE(test::exists(dir_ / "web/node_modules/big"));
+    EXPECT_EQ(test::trashList(), "");
+}
+
 }  // namespace
 }  // namespace veldan

@@ -16,6 +16,7 @@
 #include "gui/MapListView.hpp"
 #include "gui/MapPane.hpp"
 #include "gui/OrbitView.hpp"
+#include "gui/PainterCanvas.hpp"
 #include "gui/TreemapView.hpp"
 #include "layout/OrbitSector.hpp"
 #include "tests/gui/GuiTestSupport.hpp"
@@ -199,6 +200,17 @@ TEST_F(MapPaneTest, TheStartupDiskShowsItsFreeSpaceBesideTheRootOnly) {
     EXPECT_EQ(pane.navigation().content().freeSpaceNode(), nullptr);
     pane.navigation().setTree(tree, true);  // not the startup disk
     EXPECT_EQ(pane.navigation().content().freeSpaceNode(), nullptr);
+}
+
+TEST_F(MapPaneTest, TheMapFollowsTheLightOrDarkPalette) {
+    pane.setViewMode(MapViewMode::treemap);
+    for (const bool dark : {false, true}) {
+        QPalette palette = pane.palette();
+        palette.setColor(QPalette::Window, dark ? QColor(30, 30, 30) : QColor(240, 240, 240));
+        pane.setPalette(palette);
+        const QImage picture = pane.treemap()->grab().toImage();
+        EXPECT_EQ(picture.pixelColor(0, 0), PainterCanvas::color(MapPalette{dark}.background()));
+    }
 }
 
 }  // namespace
