@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "aistorage/AIStorageScanner.hpp"
+#include "aistorage/AIStorageSelection.hpp"
 #include "platform/Paths.hpp"
 #include "platform/Trash.hpp"
 #include "platform/Uuid.hpp"
@@ -13,7 +14,6 @@ namespace veldan {
 namespace {
 
 constexpr const char* overlapsAdded = "This location overlaps a folder you added for tracking.";
-constexpr const char* notApproved = "This location is not approved for in-app cleanup.";
 constexpr const char* changedSinceScan =
     "This location changed or could not be read. Refresh and review it again.";
 constexpr const char* pointsElsewhere =
@@ -76,7 +76,8 @@ AIStorageCleanupMove AIStorageCleanupExecutor::handle(
         return move;
     };
     if (overlapsTrackedLocation(path, protectedPaths)) return refuse(overlapsAdded);
-    if (!AIStorageScanner::isApprovedCleanupLocation(location)) return refuse(notApproved);
+    if (!AIStorageScanner::isApprovedCleanupLocation(location))
+        return refuse(AIStorageSelection::notApproved);
     if (!AIStorageScanner::stillMatches(location)) return refuse(changedSinceScan);
     if (platform::standardizePath(platform::resolveSymlinks(path)) != path) {
         return refuse(pointsElsewhere);

@@ -4,10 +4,10 @@
 //
 // Locations nested in one another are measured by the same worker, each separately: the
 // containing location's size leaves the nested ones out and says so
-// (`hasExcludedLocations`). Unrelated locations are measured in parallel on up to four
-// worker threads. A catalogue location that lies inside or contains a folder the user
-// added is never cleanable. Missing catalogue locations are left out of the result;
-// missing added folders stay, so the user learns that one has gone.
+// (`hasExcludedLocations`). Unrelated locations are measured in parallel, one worker
+// thread per core and at most four. A catalogue location that lies inside or contains a folder the
+// user added is never cleanable. Missing catalogue locations are left out of the result; missing
+// added folders stay, so the user learns that one has gone.
 //
 // Contract: scan() blocks its (background) thread until every location is measured or
 // the cancellation is set, and then returns nothing. `progress` is called from worker
